@@ -18,6 +18,23 @@ function(orvo_add_library name)
   orvo_target_defaults(orvo_${name})
 endfunction()
 
+# A subsystem library made of every .cpp under its folder (subfolders too),
+# for folders that several people add files to:
+#   orvo_add_glob_library(<name> [PUBLIC_LIBS ...] [PRIVATE_LIBS ...] [AUTOMOC])
+# Does nothing while the folder holds no source yet.
+function(orvo_add_glob_library name)
+  cmake_parse_arguments(A "AUTOMOC" "" "PUBLIC_LIBS;PRIVATE_LIBS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.c)
+  if(NOT sources)
+    return()
+  endif()
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  orvo_add_library(${name} SOURCES ${sources} ${headers} PUBLIC_LIBS ${A_PUBLIC_LIBS} PRIVATE_LIBS ${A_PRIVATE_LIBS})
+  if(A_AUTOMOC)
+    set_target_properties(orvo_${name} PROPERTIES AUTOMOC ON)
+  endif()
+endfunction()
+
 # Environment every test process gets. Tests also point the XDG folders at a
 # temporary directory of their own (tests/support does that for gtest mains).
 set(ORVO_TEST_ENV
