@@ -736,11 +736,20 @@ void BlockParser::parseContainer(Source &src, const std::vector<Range> &ranges, 
         dst = src.text + containerStart;
     }
     child.pieces.clear();
+    // The ranges go forward, so the parent's piece of each is found by
+    // walking its pieces once rather than searching for every line.
+    const Piece *parentPiece = src.view.pieces;
+    const Piece *parentEnd = src.view.pieces + src.view.pieceCount;
     uint32_t at = 0;
     for (const Range &r : ranges) {
         const uint32_t len = r.second - r.first;
         std::memmove(dst + at, src.text + r.first, len);
-        const uint32_t top = src.view.top(r.first);
+        uint32_t top = src.view.base + r.first;
+        if (parentPiece) {
+            while (parentPiece + 1 < parentEnd && parentPiece[1].at <= r.first)
+                ++parentPiece;
+            top = parentPiece->top + (r.first - parentPiece->at);
+        }
         if (!child.pieces.empty() && child.pieces.back().top + child.pieces.back().len == top)
             child.pieces.back().len += len;
         else

@@ -366,9 +366,9 @@ uint32_t InlineParser::entity(uint32_t i)
 
 // A run of * or _, or exactly two ~ or =. Whether it may open or close
 // depends on what stands on both sides: a run before a word opens, one
-// after a word closes. An underscore opens only after white space and
-// closes only before it, so that snake_case and (_x_) stay text, as they
-// render.
+// after a word closes. Underscores are stricter, as they render: they open
+// only after white space, and a single one closes only before white space,
+// so that snake_case, (_x_) and _x_. stay text.
 uint32_t InlineParser::delimiterRun(uint32_t i)
 {
     const char *t = m_text;
@@ -387,7 +387,7 @@ uint32_t InlineParser::delimiterRun(uint32_t i)
     bool canOpen = leftFlanking, canClose = rightFlanking;
     if (c == '_') {
         canOpen = leftFlanking && beforeWhite;
-        canClose = rightFlanking && afterWhite;
+        canClose = rightFlanking && (afterWhite || (j - i >= 2 && afterPunct));
     }
     if (canOpen || canClose) {
         const int32_t index = int32_t(m_delims.size());
