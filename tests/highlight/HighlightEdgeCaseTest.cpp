@@ -161,6 +161,9 @@ TEST(HighlightInput, CarriageReturnsEndLines)
     expectSpan(crlf, pmh_H1, 0, "# T");
     expectSpan(crlf, pmh_EMPH, 9, "*a*");
     expectSpan(crlf, pmh_VERBATIM, 14, "```\r\nx\r\n```");
+    // The carriage return is part of the line end, not a space after a marker.
+    EXPECT_EQ(parse("*\r\nfoo\r\n-\r\n1.\r\n"), parse("*\nfoo\n-\n1.\n"));
+    expectSpan("<!-- c -->\r\n", pmh_COMMENT, 0, "<!-- c -->");
     // An old Mac file: a lone carriage return is a line end too.
     const std::string cr = "# T\r\r*a*\r";
     expectSpan(cr, pmh_H1, 0, "# T");

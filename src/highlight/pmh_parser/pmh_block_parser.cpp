@@ -21,13 +21,14 @@ constexpr uint32_t kMaxLabelLength = 999;
 } // namespace
 
 struct BlockParser::Line {
-    uint32_t start;  // its first byte
-    uint32_t end;    // the newline that ends it
-    uint32_t first;  // first byte that is not a space or tab; == end when blank
-    uint32_t indent; // columns before `first`, a tab going to the next multiple of 4
+    uint32_t start;     // its first byte
+    uint32_t end;       // the newline that ends it, or the carriage return before it
+    uint32_t first;     // first byte that is not a space or tab; == end when blank
+    uint32_t indent;    // columns before `first`, a tab going to the next multiple of 4
+    uint32_t nextStart; // just after the newline
 
     bool blank() const { return first == end; }
-    uint32_t next() const { return end + 1; }
+    uint32_t next() const { return nextStart; }
 };
 
 // A text being parsed for blocks: the stripped text itself, or a container's
@@ -58,12 +59,13 @@ struct BlockParser::Source {
         }
         l.first = q;
         l.indent = col;
-        if (q < len && text[q] == '\n') {
-            l.end = q;
-        } else {
-            const void *nl = q < len ? std::memchr(text + q, '\n', len - q) : nullptr;
-            l.end = nl ? uint32_t(static_cast<const char *>(nl) - text) : len;
+        uint32_t nl = q;
+        if (q >= len || text[q] != '\n') {
+            const void *hit = q < len ? std::memchr(text + q, '\n', len - q) : nullptr;
+            nl = hit ? uint32_t(static_cast<const char *>(hit) - text) : len;
         }
+        l.nextStart = nl + 1;
+        l.end = (nl > q && text[nl - 1] == '\r') ? nl - 1 : nl;
         return l;
     }
     // `to` without the spaces and tabs before it, but not before `from`.
@@ -358,13 +360,11 @@ bool BlockParser::commentBlock(Source &src, const Line &line, uint32_t &next)
         return false;
     // Only white space may follow on its line; otherwise the comment is
     // inline HTML in a paragraph.
-    uint32_t q = close + 3;
-    while (q < src.len && isBlank(t[q]))
-        ++q;
-    if (q >= src.len || t[q] != '\n')
+    const Line last = src.line(close);
+    if (src.contentEnd(last) != close + 3)
         return false;
     add(pmh_COMMENT, src, line.first, close + 3);
-    next = q + 1;
+    next = last.next();
     return true;
 }
 

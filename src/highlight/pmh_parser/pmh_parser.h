@@ -4,7 +4,8 @@
 // editor. It knows nothing about rendering; it reports spans.
 //
 // Contract
-//   - Input: NUL-terminated UTF-8 (invalid sequences do no harm). Offsets in
+//   - Input: NUL-terminated UTF-8 (invalid sequences do no harm); lines end
+//     with LF, CR LF or CR. Offsets in
 //     the result count code points of that text: every byte that does not
 //     continue a UTF-8 sequence is one, and a leading byte order mark is one
 //     too. The editor converts them to UTF-16 units.

@@ -51,9 +51,10 @@ ParserState::ParserState(const char *input, uint32_t len, int extensions, Result
             continue;
         }
         // Offsets must stay those of the input, so a carriage return is not
-        // dropped but read as the white space it stands for.
-        if (c == '\r')
-            c = (i + 1 < len && in[i + 1] == '\n') ? ' ' : '\n';
+        // dropped: alone it ends a line like a newline; before a newline it
+        // stays, and the grammar reads it as part of the line's end.
+        if (c == '\r' && !(i + 1 < len && in[i + 1] == '\n'))
+            c = '\n';
         *out++ = char(c);
         ++i;
     }

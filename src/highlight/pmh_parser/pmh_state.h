@@ -45,8 +45,8 @@ public:
 
     bool has(int extension) const { return (m_extensions & extension) != 0; }
 
-    // The stripped text: every byte that starts a UTF-8 sequence, a carriage
-    // return turned into a space (before a newline) or a newline (alone),
+    // The stripped text: every byte that starts a UTF-8 sequence, with a
+    // carriage return that is not followed by a newline turned into one,
     // then "\n\n" and a NUL. strippedLength() leaves the "\n\n" out.
     char *stripped() { return m_stripped.get(); }
     uint32_t strippedLength() const { return m_strippedLength; }

@@ -12,8 +12,9 @@
 namespace pmh {
 
 inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
-// Space, tab or newline: what separates words for the inline rules.
-inline bool isWhite(char c) { return c == ' ' || c == '\t' || c == '\n'; }
+// What separates words for the inline rules. A carriage return in the
+// stripped text always comes before a newline.
+inline bool isWhite(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 inline bool isAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 inline bool isAlnum(char c) { return isAlpha(c) || isDigit(c); }
