@@ -73,7 +73,7 @@ struct pmh_element {
     unsigned long end;
     pmh_element *next;      // next element of the same type
     pmh_element *all_next;  // next element in the all-elements list
-    char *text;             // internal elements only; null in results
+    char *text;             // null in results: the parser keeps raw text in records of its own
     char *label;            // LINK/IMAGE by reference: the label as written; REFERENCE: its label;
                             // NOTE: the note's id; null otherwise
     char *address;          // LINK/IMAGE: the destination (a reference's, when by reference);

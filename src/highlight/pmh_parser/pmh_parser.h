@@ -5,10 +5,10 @@
 //
 // Contract
 //   - Input: NUL-terminated UTF-8 (invalid sequences do no harm); lines end
-//     with LF, CR LF or CR. Offsets in
-//     the result count code points of that text: every byte that does not
-//     continue a UTF-8 sequence is one, and a leading byte order mark is one
-//     too. The editor converts them to UTF-16 units.
+//     with LF, CR LF or CR. Offsets in the result count code points of that
+//     text: every byte that does not continue a UTF-8 sequence is one, and a
+//     leading byte order mark is one too. The editor converts them to UTF-16
+//     units.
 //   - Each call has its own state and writes nothing global, so parses may
 //     run on any thread at once. The caller owns the result and frees it with
 //     pmh_free_elements().
