@@ -14,10 +14,6 @@ namespace {
 // levels.
 constexpr int kMaxContainerDepth = 16;
 
-// A reference label longer than this is no label, as in CommonMark. Labels
-// cannot hold brackets, so the bound is about sanity, not speed.
-constexpr uint32_t kMaxLabelLength = 999;
-
 } // namespace
 
 struct BlockParser::Line {

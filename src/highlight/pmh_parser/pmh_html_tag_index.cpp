@@ -17,8 +17,18 @@ constexpr std::string_view kBlockTags[] = {
     "isindex", "li",         "menu",   "noframes", "noscript", "ol", "p",        "pre",      "script",
     "style",   "table",      "tbody",  "td",     "tfoot", "th",       "thead",    "tr",       "ul",
 };
+static_assert(std::is_sorted(std::begin(kBlockTags), std::end(kBlockTags)));
 constexpr int kTagCount = int(std::size(kBlockTags));
-constexpr uint32_t kLongestTag = 10;
+
+constexpr uint32_t longestTag()
+{
+    size_t longest = 0;
+    for (const std::string_view tag : kBlockTags)
+        longest = std::max(longest, tag.size());
+    return uint32_t(longest);
+}
+// A longer name is no block tag, whatever it is.
+constexpr uint32_t kLongestTag = longestTag();
 
 } // namespace
 

@@ -11,8 +11,6 @@ namespace {
 // "](" opens one more level for every destination scan that passes it, so
 // the bound keeps a run of broken links from being read over and over.
 constexpr int kMaxParenDepth = 32;
-// A link label longer than this is no label, as in rendering and CommonMark.
-constexpr uint32_t kMaxLabelLength = 999;
 // An entity name or number is at most this long; the longest named one has 31 letters.
 constexpr uint32_t kMaxEntityLength = 32;
 // A URL scheme before "://" in angle brackets; registered schemes are short.

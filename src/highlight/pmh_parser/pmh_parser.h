@@ -33,14 +33,15 @@
 //   Doc        <- (BlankLine / Block)*
 //   Block      <- AtxHeading / HtmlBlock / Comment / Verbatim / Note / Reference
 //               / HRule / Fenced / BlockQuote / ListItem / Setext / Para
-//   AtxHeading <- '#'{1,6} Line                                    -> H1..H6
+//   AtxHeading <- '#'{1,6} Line, from the first column              -> H1..H6
 //   HtmlBlock  <- '<' Tag (Attrs '>' ... matching '</' Tag '>' / Attrs '/>'
 //                 / ('hr' / 'isindex') Attrs '>') RestOfLine       -> HTMLBLOCK
 //                 Tag: address blockquote center dd dir div dl dt fieldset form
 //                 frameset h1-h6 hr isindex li menu noframes noscript ol p pre
 //                 script style table tbody td tfoot th thead tr ul, all lower
-//                 or all upper case; tags of that name nest inside
-//   Comment    <- '<!--' ... '-->' BlankRest                       -> COMMENT
+//                 or all upper case; tags of that name nest inside;
+//                 from the first column
+//   Comment    <- '<!--' ... '-->' BlankRest, from the first column -> COMMENT
 //   Verbatim   <- IndentedLine (BlankLine* IndentedLine)*          -> VERBATIM
 //   Note       <- Sp '[^' Id ']:' Line (BlankLine* Indent Line)*   -> NOTE, text parsed again
 //   Reference  <- Sp '[' Label ']:' Sp Newline? Dest (Sp Title)? EOL (Title EOL)?
@@ -77,8 +78,8 @@
 //   Strike     <- '~~' Inline+ '~~'                                -> STRIKE (pmh_EXT_STRIKE)
 //   Mark       <- '==' Inline+ '=='                                -> MARK (pmh_EXT_MARK)
 //                 Openers stand before text, closers after it; '_' opens
-//                 only after white space and closes only before it, as it
-//                 renders (snake_case stays text)
+//                 only after white space and a single one closes only
+//                 before it, as it renders (snake_case, _a_. stay text)
 //   Image      <- '!' Link                                         -> IMAGE
 //   Link       <- '[' Inline* ']' ( '(' Dest Title? ')' / '[' Label? ']' )
 //               / '[' Label ']'   (a reference must define Label)   -> LINK

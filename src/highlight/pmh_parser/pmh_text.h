@@ -11,6 +11,11 @@
 
 namespace pmh {
 
+// A link or reference label longer than this is no label, as in rendering
+// and CommonMark. Labels hold no brackets, so no scan for one can overlap
+// another; the bound is for sanity, not speed.
+constexpr uint32_t kMaxLabelLength = 999;
+
 inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
 // What separates words for the inline rules. A carriage return in the
 // stripped text always comes before a newline.
