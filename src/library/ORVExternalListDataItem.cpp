@@ -1,0 +1,102 @@
+#include "library/ORVExternalListDataItem.h"
+
+#include "library/fileNames.h"
+#include "library/folderEntries.h"
+#include "library/readFileContent.h"
+
+#include <QFileInfo>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+// How much of a file a row shows.
+constexpr int kContentMaxLines = 5;
+constexpr int kContentMaxLength = 200;
+} // namespace
+
+ORVExternalListDataItem::ORVExternalListDataItem(const QString &path) : realPath(path)
+{
+    fileName = path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+    url = QUrl::fromLocalFile(path).toString();
+    setTitle(fileNameDeletingPathExtension(fileName));
+}
+
+ORVExternalListDataItem::Ptr ORVExternalListDataItem::itemWithRealPath(const QString &realPath)
+{
+    auto item = std::make_shared<ORVExternalListDataItem>(realPath);
+    item->updateData();
+    return item;
+}
+
+ORVExternalListDataItem::Ptr ORVExternalListDataItem::initNoContentWithRealPath(const QString &realPath)
+{
+    auto item = std::make_shared<ORVExternalListDataItem>(realPath);
+    item->updateAttributes();
+    return item;
+}
+
+void ORVExternalListDataItem::updateAttributes()
+{
+    const QFileInfo info(realPath);
+    modificationDate = info.lastModified();
+    creationDate = info.birthTime();
+    if (!creationDate.isValid())
+        creationDate = modificationDate;
+    fileSize = info.size();
+}
+
+void ORVExternalListDataItem::updateData()
+{
+    updateAttributes();
+    content = readFileContentWithPath(realPath, kContentMaxLines, kContentMaxLength);
+    content.replace(QLatin1Char('\n'), QLatin1Char(' '));
+}
+
+QJsonObject ORVExternalListDataItem::toJson() const
+{
+    return QJsonObject{
+        {QStringLiteral("realPath"), realPath},
+        {QStringLiteral("fileName"), fileName},
+        {QStringLiteral("title"), title()},
+        {QStringLiteral("content"), content},
+        {QStringLiteral("creationDate"), creationDate.toUTC().toString(Qt::ISODateWithMs)},
+        {QStringLiteral("modificationDate"), modificationDate.toUTC().toString(Qt::ISODateWithMs)},
+        {QStringLiteral("fileSize"), fileSize},
+    };
+}
+
+void ORVExternalListDataItem::sortListDataItems(QList<Ptr> &items, qint64 orderBy)
+{
+    const auto byTitle = [](const Ptr &a, const Ptr &b) {
+        return QString::compare(a->forSortTitle(), b->forSortTitle(), Qt::CaseInsensitive);
+    };
+    const auto byDate = [](const QDateTime &a, const QDateTime &b) { return a < b ? -1 : (b < a ? 1 : 0); };
+    std::function<int(const Ptr &, const Ptr &)> compare;
+    switch (orderBy) {
+    case 1: compare = [&](const Ptr &a, const Ptr &b) { return byDate(a->creationDate, b->creationDate); }; break;
+    case 2:
+    case 3: compare = byTitle; break;
+    case 4: compare = [&](const Ptr &a, const Ptr &b) { return byTitle(b, a); }; break;
+    case 5: compare = [&](const Ptr &a, const Ptr &b) { return byDate(b->modificationDate, a->modificationDate); }; break;
+    case 6: compare = [&](const Ptr &a, const Ptr &b) { return byDate(a->modificationDate, b->modificationDate); }; break;
+    default: compare = [&](const Ptr &a, const Ptr &b) { return byDate(b->creationDate, a->creationDate); }; break;
+    }
+    std::sort(items.begin(), items.end(), [&](const Ptr &a, const Ptr &b) {
+        const int c = compare(a, b);
+        return c != 0 ? c < 0 : a->realPath < b->realPath;
+    });
+}
+
+QList<ORVExternalListDataItem::Ptr> ORVExternalListDataItem::listDataItemsInFolder(const QString &folder, qint64 orderBy,
+                                                                                   bool withContent)
+{
+    const ORVFolderEntries entries = listFolderEntries(folder);
+    QList<Ptr> items;
+    items.reserve(entries.documents.size());
+    const QString prefix = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+    for (const QString &name : entries.documents)
+        items.append(withContent ? itemWithRealPath(prefix + name) : initNoContentWithRealPath(prefix + name));
+    sortListDataItems(items, orderBy);
+    return items;
+}

@@ -1,0 +1,204 @@
+#include "library/ORVExternalListDataItem.h"
+#include "library/ORVExternalTree.h"
+#include "library/readFileContent.h"
+#include "support/TestEnv.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using orvotest::writeFile;
+
+namespace {
+
+QStringList childNames(const ORVExternalCategoryItem *item)
+{
+    QStringList names;
+    for (const auto &c : item->children)
+        names << c->name;
+    return names;
+}
+
+bool setModified(const QString &path, const QDateTime &when)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadWrite) && f.setFileTime(when, QFileDevice::FileModificationTime);
+}
+
+} // namespace
+
+TEST(ReadFileContent, LinesAndLengthLimits)
+{
+    QTemporaryDir tmp;
+    const QString p = tmp.filePath(QStringLiteral("a.md"));
+    ASSERT_TRUE(writeFile(p, "1\n2\n3\n4\n5\n6\n"));
+    EXPECT_EQ(readFileContentWithPath(p, 5, 200), QStringLiteral("1\n2\n3\n4\n5\n"));
+    // Reading stops as soon as the text is longer than the limit, so the
+    // line that crosses it is whole.
+    ASSERT_TRUE(writeFile(p, QByteArray(150, 'a') + "\n" + QByteArray(100, 'b') + "\nnever\n"));
+    EXPECT_EQ(readFileContentWithPath(p, 5, 200).size(), 252);
+    // CRLF ends lines like LF; a last line without newline is kept.
+    ASSERT_TRUE(writeFile(p, "one\r\ntwo"));
+    EXPECT_EQ(readFileContentWithPath(p, 5, 200), QStringLiteral("one\ntwo"));
+    // A line that is not UTF-8 is dropped but counts as read.
+    ASSERT_TRUE(writeFile(p, "ok\ncaf\xE9\n\xC3\xA9t\xC3\xA9\n"));
+    EXPECT_EQ(readFileContentWithPath(p, 2, 200), QStringLiteral("ok\n"));
+    EXPECT_EQ(readFileContentWithPath(p, 3, 200), QString::fromUtf8("ok\n\xC3\xA9t\xC3\xA9\n"));
+    EXPECT_EQ(readFileContentWithPath(tmp.filePath(QStringLiteral("missing.md")), 5, 200), QString());
+}
+
+TEST(ReadFileContent, HugeSingleLineIsCutAtACharacter)
+{
+    QTemporaryDir tmp;
+    const QString p = tmp.filePath(QStringLiteral("big.md"));
+    // "é" is two bytes: 64 KiB falls in the middle of one.
+    ASSERT_TRUE(writeFile(p, "a" + QByteArray(4 * 1024 * 1024, 'x').replace("xx", "\xC3\xA9")));
+    const QString text = readFileContentWithPath(p, 5, 200);
+    EXPECT_EQ(text.size(), 1 + (64 * 1024 - 1) / 2);
+}
+
+TEST(ExternalListRows, ContentTitleAndAttributes)
+{
+    QTemporaryDir tmp;
+    const QString p = tmp.filePath(QStringLiteral("Week 1.draft.md"));
+    const QByteArray bytes = "# Monday\n\nWrote a lot.\nline 4\nline 5\nline 6\n";
+    ASSERT_TRUE(writeFile(p, bytes));
+    const auto row = ORVExternalListDataItem::itemWithRealPath(p);
+    EXPECT_EQ(row->title(), QStringLiteral("Week 1.draft"));
+    EXPECT_EQ(row->fileName, QStringLiteral("Week 1.draft.md"));
+    EXPECT_EQ(row->content, QStringLiteral("# Monday  Wrote a lot. line 4 line 5 "));
+    EXPECT_EQ(row->fileSize, bytes.size());
+    EXPECT_TRUE(row->creationDate.isValid());
+    EXPECT_TRUE(row->modificationDate.isValid());
+    const auto bare = ORVExternalListDataItem::initNoContentWithRealPath(p);
+    EXPECT_TRUE(bare->content.isEmpty());
+    EXPECT_EQ(bare->fileSize, bytes.size());
+    EXPECT_TRUE(*bare == *row);
+}
+
+TEST(ExternalListRows, FolderListsOnlyDocumentsInEachOrder)
+{
+    QTemporaryDir tmp;
+    const QString d = tmp.path();
+    const QDateTime t0 = QDateTime::currentDateTimeUtc().addDays(-10);
+    const QStringList names{"Part 10.md", "part 2.md", "Part 1.txt"};
+    for (int i = 0; i < names.size(); ++i) {
+        ASSERT_TRUE(writeFile(d + '/' + names[i], "x"));
+        ASSERT_TRUE(setModified(d + '/' + names[i], t0.addSecs(3600 * (i == 0 ? 3 : i))));
+    }
+    ASSERT_TRUE(writeFile(d + "/image.png", "x"));
+    ASSERT_TRUE(writeFile(d + "/.hidden.md", "x"));
+    ASSERT_TRUE(QDir().mkpath(d + "/sub.md"));
+    const auto titles = [&](qint64 order) {
+        QStringList out;
+        for (const auto &row : ORVExternalListDataItem::listDataItemsInFolder(d, order, false))
+            out << row->title();
+        return out;
+    };
+    EXPECT_EQ(titles(3), (QStringList{"Part 1", "part 2", "Part 10"})); // numbers by value, case ignored
+    EXPECT_EQ(titles(4), (QStringList{"Part 10", "part 2", "Part 1"}));
+    EXPECT_EQ(titles(2), titles(3));
+    EXPECT_EQ(titles(5), (QStringList{"Part 10", "Part 1", "part 2"}));
+    EXPECT_EQ(titles(6), (QStringList{"part 2", "Part 1", "Part 10"}));
+}
+
+TEST(ListDataItem, SortTitlePadsNumbers)
+{
+    EXPECT_EQ(ORVListDataItem::stringByWellToDigitSortString(QStringLiteral("a1b0c22")), QStringLiteral("a00000001b0c00000022"));
+    EXPECT_EQ(ORVListDataItem::stringByWellToDigitSortString(QStringLiteral("v007")), QStringLiteral("v00000007"));
+    EXPECT_EQ(ORVListDataItem::stringByWellToDigitSortString(QStringLiteral("123456789012")), QStringLiteral("123456789012"));
+    // Seven runs are padded, the eighth stays.
+    EXPECT_EQ(ORVListDataItem::stringByWellToDigitSortString(QStringLiteral("1.2.3.4.5.6.7.8")),
+              QStringLiteral("00000001.00000002.00000003.00000004.00000005.00000006.00000007.8"));
+    ORVListDataItem row;
+    row.setTitle(QStringLiteral("x9"));
+    EXPECT_EQ(row.forSortTitle(), QStringLiteral("x00000009"));
+    row.setTitle(QStringLiteral("x10"));
+    EXPECT_EQ(row.forSortTitle(), QStringLiteral("x00000010"));
+}
+
+class ExternalTreeTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir tmp;
+    QString src;
+    ORVExternalTree tree;
+    std::shared_ptr<ORVExternalSourceItem> source;
+
+    void SetUp() override
+    {
+        src = tmp.filePath(QStringLiteral("notes"));
+        for (const char *f : {"a.md", "b.txt", "skip.png", "Part 10/x.md", "Part 2/y.md", "Part 2/z.md",
+                              "part 1/deep/w.md", ".git/objects/o.md", "media/pic.png"})
+            ASSERT_TRUE(writeFile(src + '/' + QString::fromLatin1(f), "x"));
+        ASSERT_TRUE(QFile::link(src + "/Part 2", src + "/link to part 2"));
+        ASSERT_TRUE(QFile::link(src + "/a.md", src + "/linked.md"));
+        source = ORVExternalSourceItem::itemWithFolderPath(src);
+        tree.updateExternalTreeDataTopItems({source});
+    }
+    ORVExternalCategoryItem *entry() const { return tree.foldersRootItem()->children.at(0).get(); }
+};
+
+TEST_F(ExternalTreeTest, BuildsFoldersWithCountsInNaturalOrder)
+{
+    ASSERT_EQ(tree.topItems().size(), 1);
+    EXPECT_EQ(tree.foldersRootItem()->catType, 1);
+    ORVExternalCategoryItem *e = entry();
+    EXPECT_EQ(e->name, QStringLiteral("notes"));
+    EXPECT_EQ(e->catType, 50);
+    EXPECT_EQ(e->itemCount, 3); // a.md, b.txt and the link to a file
+    // Hidden folders and links to folders are left out; numbers by value.
+    EXPECT_EQ(childNames(e), (QStringList{"media", "part 1", "Part 2", "Part 10"}));
+    EXPECT_EQ(e->childFolderWithName(QStringLiteral("Part 2"))->itemCount, 2);
+    EXPECT_EQ(tree.folderItemForPath(src + "/part 1/deep")->itemCount, 1);
+    EXPECT_EQ(tree.folderItemForPath(src + "/part 1/deep")->settingData(), source->settingData());
+    EXPECT_EQ(tree.folderItemForPath(src + "/nope"), nullptr);
+    EXPECT_EQ(tree.sourceEntryContainingPath(src + "/part 1/deep/w.md").get(), e);
+    EXPECT_EQ(tree.sourceEntryContainingPath(src + "2/other.md"), nullptr); // a prefix is not a folder
+}
+
+TEST_F(ExternalTreeTest, PatchesAfterChangedPaths)
+{
+    ORVExternalCategoryItem *e = entry();
+    const auto kept = e->childFolderWithName(QStringLiteral("Part 10"));
+    // A new folder with content, a removed one, a new document.
+    ASSERT_TRUE(writeFile(src + "/New/inner/n.md", "x"));
+    ASSERT_TRUE(QDir(src + "/part 1").removeRecursively());
+    ASSERT_TRUE(writeFile(src + "/c.md", "x"));
+    EXPECT_TRUE(tree.updateWithChangedPaths({src + "/New", src + "/New/inner", src + "/New/inner/n.md",
+                                             src + "/part 1", src + "/part 1/deep", src + "/c.md"}));
+    EXPECT_EQ(childNames(e), (QStringList{"media", "New", "Part 2", "Part 10"}));
+    EXPECT_EQ(e->itemCount, 4);
+    EXPECT_EQ(tree.folderItemForPath(src + "/New/inner")->itemCount, 1);
+    EXPECT_EQ(e->childFolderWithName(QStringLiteral("Part 10")), kept); // untouched entries stay
+    EXPECT_FALSE(tree.updateWithChangedPaths({src + "/Part 10/x.md"}));  // a content change alters nothing
+
+    // The source folder goes: its entry stays, empty and missing; it comes back whole.
+    const QString away = tmp.filePath(QStringLiteral("away"));
+    ASSERT_TRUE(QDir().rename(src, away));
+    EXPECT_TRUE(tree.updateWithChangedPaths({src}));
+    EXPECT_EQ(entry(), e);
+    EXPECT_TRUE(e->isMissing);
+    EXPECT_TRUE(e->children.isEmpty());
+    ASSERT_TRUE(QDir().rename(away, src));
+    EXPECT_TRUE(tree.updateWithChangedPaths({src}));
+    EXPECT_FALSE(e->isMissing);
+    EXPECT_EQ(childNames(e).size(), 4);
+}
+
+TEST_F(ExternalTreeTest, SourceListChangesKeepEntriesThatStay)
+{
+    const ORVExternalCategoryItem *before = entry();
+    const QString other = tmp.filePath(QStringLiteral("other"));
+    ASSERT_TRUE(QDir().mkpath(other));
+    const auto second = ORVExternalSourceItem::itemWithFolderPath(other);
+    tree.updateExternalTreeDataTopItems({second, source});
+    ASSERT_EQ(tree.foldersRootItem()->children.size(), 2);
+    EXPECT_EQ(tree.foldersRootItem()->children.at(1).get(), before);
+    EXPECT_EQ(tree.foldersRootItem()->children.at(0)->fullPath, other);
+    tree.updateExternalTreeDataTopItems({second});
+    EXPECT_EQ(tree.foldersRootItem()->children.size(), 1);
+    EXPECT_EQ(tree.sourceEntryContainingPath(src + "/a.md"), nullptr);
+}
