@@ -4,10 +4,12 @@
 #include "library/folderEntries.h"
 #include "library/readFileContent.h"
 
-#include <QFileInfo>
+#include <QFile>
 #include <QUrl>
 
 #include <algorithm>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace {
 // How much of a file a row shows.
@@ -38,12 +40,22 @@ ORVExternalListDataItem::Ptr ORVExternalListDataItem::initNoContentWithRealPath(
 
 void ORVExternalListDataItem::updateAttributes()
 {
-    const QFileInfo info(realPath);
-    modificationDate = info.lastModified();
-    creationDate = info.birthTime();
-    if (!creationDate.isValid())
-        creationDate = modificationDate;
-    fileSize = info.size();
+    // statx gives the creation time where the file system keeps one. Dates
+    // stay in UTC: a conversion to local time per file costs more than the
+    // rest of reading a row.
+    struct statx st;
+    if (statx(AT_FDCWD, QFile::encodeName(realPath).constData(), AT_STATX_SYNC_AS_STAT,
+              STATX_BTIME | STATX_MTIME | STATX_SIZE, &st) != 0) {
+        creationDate = modificationDate = QDateTime();
+        fileSize = 0;
+        return;
+    }
+    const auto toDate = [](const struct statx_timestamp &t) {
+        return QDateTime::fromMSecsSinceEpoch(t.tv_sec * 1000 + t.tv_nsec / 1000000, Qt::UTC);
+    };
+    modificationDate = toDate(st.stx_mtime);
+    creationDate = (st.stx_mask & STATX_BTIME) ? toDate(st.stx_btime) : modificationDate;
+    fileSize = qint64(st.stx_size);
 }
 
 void ORVExternalListDataItem::updateData()
@@ -60,8 +72,8 @@ QJsonObject ORVExternalListDataItem::toJson() const
         {QStringLiteral("fileName"), fileName},
         {QStringLiteral("title"), title()},
         {QStringLiteral("content"), content},
-        {QStringLiteral("creationDate"), creationDate.toUTC().toString(Qt::ISODateWithMs)},
-        {QStringLiteral("modificationDate"), modificationDate.toUTC().toString(Qt::ISODateWithMs)},
+        {QStringLiteral("creationDate"), creationDate.toString(Qt::ISODateWithMs)},
+        {QStringLiteral("modificationDate"), modificationDate.toString(Qt::ISODateWithMs)},
         {QStringLiteral("fileSize"), fileSize},
     };
 }

@@ -28,8 +28,9 @@ public:
     // once the text is longer than 200 characters; every "\n" of it becomes
     // " ".
     void updateData();
-    // Creation date, modification date and size from the file system. A
-    // file system that keeps no creation date gives the modification date.
+    // Creation date, modification date (both UTC) and size from the file
+    // system. A file system that keeps no creation date gives the
+    // modification date; a file that cannot be read gives invalid dates.
     void updateAttributes();
 
     QString realPath;
