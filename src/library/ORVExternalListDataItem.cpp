@@ -1,8 +1,8 @@
 #include "library/ORVExternalListDataItem.h"
 
+#include "library/document_title.h"
 #include "library/fileNames.h"
 #include "library/folderEntries.h"
-#include "library/readFileContent.h"
 
 #include <QFile>
 #include <QUrl>
@@ -61,7 +61,9 @@ void ORVExternalListDataItem::updateAttributes()
 void ORVExternalListDataItem::updateData()
 {
     updateAttributes();
-    content = readFileContentWithPath(realPath, kContentMaxLines, kContentMaxLength);
+    content = readFileContentWithPathMaxLineLenth(realPath, kContentMaxLines, kContentMaxLength);
+    // Lines of a file written on Windows end in "\r\n": one space each too.
+    content.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     content.replace(QLatin1Char('\n'), QLatin1Char(' '));
 }
 

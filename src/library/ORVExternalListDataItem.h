@@ -25,8 +25,8 @@ public:
     explicit ORVExternalListDataItem(const QString &realPath);
 
     // Reads the attributes, then the first 5 lines of the file, stopping
-    // once the text is longer than 200 characters; every "\n" of it becomes
-    // " ".
+    // once the text is longer than 200 characters; every line end of it
+    // ("\n" or "\r\n") becomes " ".
     void updateData();
     // Creation date, modification date (both UTC) and size from the file
     // system. A file system that keeps no creation date gives the

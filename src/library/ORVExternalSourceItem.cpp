@@ -1,12 +1,9 @@
 #include "library/ORVExternalSourceItem.h"
 
+#include "core/ORVBookmark.h"
+
 #include <QDir>
 #include <QFileInfo>
-
-namespace {
-// Bookmarks carry this prefix so that a blob of another kind is told apart.
-const QByteArray kBookmarkPrefix = QByteArrayLiteral("orvo-bookmark:");
-} // namespace
 
 ORVExternalSourceItem::ORVExternalSourceItem(const QString &realURL, const QByteArray &bookmarkData)
     : m_realURL(normalizedFolderPath(realURL)), m_bookmarkData(bookmarkData)
@@ -16,7 +13,7 @@ ORVExternalSourceItem::ORVExternalSourceItem(const QString &realURL, const QByte
 std::shared_ptr<ORVExternalSourceItem> ORVExternalSourceItem::itemWithFolderPath(const QString &path)
 {
     const QString p = normalizedFolderPath(path);
-    return std::make_shared<ORVExternalSourceItem>(p, bookmarkDataWithPath(p));
+    return std::make_shared<ORVExternalSourceItem>(p, ORVBookmark::bookmarkDataWithPath(p));
 }
 
 std::shared_ptr<ORVExternalSettingData> ORVExternalSourceItem::settingData()
@@ -28,24 +25,12 @@ std::shared_ptr<ORVExternalSettingData> ORVExternalSourceItem::settingData()
 
 QString ORVExternalSourceItem::resolveBookmark()
 {
-    const QString path = pathOfBookmarkData(m_bookmarkData);
+    const QString path = ORVBookmark::pathInBookmarkData(m_bookmarkData).value_or(QString());
     if (!path.isEmpty() && path != m_realURL) {
         m_realURL = path;
         m_settingData.reset();
     }
     return path;
-}
-
-QByteArray ORVExternalSourceItem::bookmarkDataWithPath(const QString &path)
-{
-    return kBookmarkPrefix + normalizedFolderPath(path).toUtf8();
-}
-
-QString ORVExternalSourceItem::pathOfBookmarkData(const QByteArray &data)
-{
-    if (!data.startsWith(kBookmarkPrefix))
-        return QString();
-    return QString::fromUtf8(data.mid(kBookmarkPrefix.size()));
 }
 
 QString ORVExternalSourceItem::normalizedFolderPath(const QString &path)

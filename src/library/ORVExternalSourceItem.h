@@ -10,8 +10,7 @@
 // One folder the user added as an external source.
 //
 // `realURL` is the folder's absolute path as last resolved; `bookmarkData`
-// is the bookmark that finds the folder again (here an opaque blob holding
-// the path). The settings are read from the folder on first use and shared
+// is the bookmark (ORVBookmark) that finds the folder again. The settings are read from the folder on first use and shared
 // by whoever holds the item (tree entries, open documents).
 class ORVExternalSourceItem
 {
@@ -29,14 +28,10 @@ public:
     // Drops the settings read so far; the next settingData() reads again.
     void reloadSettingData() { m_settingData.reset(); }
 
-    // The folder the bookmark points at now ("" when it cannot be resolved);
-    // updates realURL when it moved.
+    // The folder the bookmark points at now, whether or not it is there at
+    // the moment ("" for data that is no bookmark); updates realURL when it
+    // moved.
     QString resolveBookmark();
-
-    // Bookmarks: the blob for a path, and the path of a blob ("" for one
-    // that is not ours).
-    static QByteArray bookmarkDataWithPath(const QString &path);
-    static QString pathOfBookmarkData(const QByteArray &data);
 
     // The normal form folder paths are compared in: absolute, clean, no
     // trailing "/".

@@ -1,5 +1,6 @@
 #include "library/ORVExternalSourceItemManager.h"
 
+#include "core/ORVBookmark.h"
 #include "core/ORVNotificationCenter.h"
 
 #include <QDir>
@@ -66,7 +67,7 @@ void ORVExternalSourceItemManager::rearrangeItems()
             // A bookmark that does not resolve keeps the last known path.
             path = item->realURL();
             if (!path.isEmpty())
-                item->setBookmarkData(ORVExternalSourceItem::bookmarkDataWithPath(path));
+                item->setBookmarkData(ORVBookmark::bookmarkDataWithPath(path));
         }
         if (path.isEmpty() || seen.contains(path))
             continue;
@@ -153,6 +154,21 @@ void ORVExternalSourceItemManager::changed()
     emit itemsChanged();
     ORVNotificationCenter::defaultCenter()->postNotification(kORVExternalSourceItemDidChangeNotification, this);
 }
+
+QStringList ORVExternalSourceItemManager::externalSourcePaths() const
+{
+    QStringList paths;
+    for (const Item &item : m_items)
+        paths << item->realURL();
+    return paths;
+}
+
+void ORVExternalSourceItemManager::addExternalSourceWithPath(const QString &path, const QByteArray &bookmarkData)
+{
+    addItem(std::make_shared<ORVExternalSourceItem>(path, bookmarkData));
+}
+
+bool ORVExternalSourceItemManager::saveItems() { return saveItems(nullptr); }
 
 bool ORVExternalSourceItemManager::saveItems(QString *error)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/ORVExternalSourceList.h"
 #include "library/ORVExternalSourceItem.h"
 
 #include <QList>
@@ -22,7 +23,7 @@ inline const QString kORVExternalSourceItemDidChangeNotification =
 // when something changed. Two sources never share a folder path.
 //
 // Thread: the main thread.
-class ORVExternalSourceItemManager : public QObject
+class ORVExternalSourceItemManager : public QObject, public ORVExternalSourceList
 {
     Q_OBJECT
 public:
@@ -59,7 +60,12 @@ public:
 
     // Writes the list atomically when it changed. False with the system's
     // reason; the list stays in memory.
-    bool saveItems(QString *error = nullptr);
+    bool saveItems(QString *error);
+
+    // As the settings file sees the list: paths, adding one, saving.
+    QStringList externalSourcePaths() const override;
+    void addExternalSourceWithPath(const QString &path, const QByteArray &bookmarkData) override;
+    bool saveItems() override;
     bool isDirty() const { return m_dirty; }
 
 signals:

@@ -1,6 +1,7 @@
+#include "core/ORVBookmark.h"
 #include "core/ORVNotificationCenter.h"
 #include "library/ORVExternalSourceItemManager.h"
-#include "library/documentTitleRemoveMark.h"
+#include "library/document_title.h"
 #include "library/fileNames.h"
 #include "library/supportedDocumentExt.h"
 #include "support/TestEnv.h"
@@ -76,7 +77,7 @@ TEST_F(SourceManager, RearrangeDropsRepeatsAndFollowsBookmarks)
         {"realURL": "%1", "bookmarkData": ""},
         {"realURL": "/old/place", "bookmarkData": "%2"},
         {"realURL": "", "bookmarkData": ""}
-    ])").arg(folder(QStringLiteral("a")), QString::fromLatin1(ORVExternalSourceItem::bookmarkDataWithPath(folder(QStringLiteral("moved"))).toBase64())).toUtf8()));
+    ])").arg(folder(QStringLiteral("a")), QString::fromLatin1(ORVBookmark::bookmarkDataWithPath(folder(QStringLiteral("moved"))).toBase64())).toUtf8()));
     ORVExternalSourceItemManager m(store());
     EXPECT_EQ(m.items().size(), 3); // the empty entry is not even read
     m.rearrangeItems();
