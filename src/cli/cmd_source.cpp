@@ -13,6 +13,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <functional>
+
 using namespace orvo::cli;
 
 namespace {
@@ -39,53 +41,56 @@ void printJson(Context &ctx, const QJsonValue &v)
     ctx.out() << (v.isArray() ? QJsonDocument(v.toArray()) : QJsonDocument(v.toObject())).toJson(QJsonDocument::Indented);
 }
 
-int runAdd(Context &ctx)
+// Parses FOLDER..., reads the list of sources, applies `edit` to each
+// folder in turn and saves the list. An `edit` that fails has printed why;
+// nothing is saved then.
+int editSources(Context &ctx, bool keepUnreadableList,
+                const std::function<bool(ORVExternalSourceItemManager &, const QString &)> &edit)
 {
     const auto args = ctx.parse({}, 1, -1, 1);
     if (!args)
         return Usage;
     ORVExternalSourceItemManager manager(sourceListPath());
-    QString error;
-    if (!manager.fetchItems(&error))
+    QString error = manager.fetchError();
+    if (!error.isEmpty()) {
+        if (!keepUnreadableList)
+            return ctx.fail(error);
         ctx.err() << "orvo: warning: " << error << " (a copy is kept beside it when the list is saved)\n";
-    QStringList folders;
-    for (const QString &arg : args->positionals()) {
-        const QString path = existingFolder(ctx, arg);
-        if (path.isEmpty())
-            return Failure;
-        folders << path;
     }
-    for (const QString &path : std::as_const(folders)) {
-        if (manager.addItem(ORVExternalSourceItem::itemWithFolderPath(path)))
-            ctx.out() << "added " << path << '\n';
-        else
-            ctx.out() << "already a source: " << path << '\n';
+    for (const QString &arg : args->positionals()) {
+        if (!edit(manager, arg))
+            return Failure;
     }
     if (!manager.saveItems(&error))
         return ctx.fail(error);
     return Success;
 }
 
+int runAdd(Context &ctx)
+{
+    return editSources(ctx, true, [&](ORVExternalSourceItemManager &manager, const QString &arg) {
+        const QString path = existingFolder(ctx, arg);
+        if (path.isEmpty())
+            return false;
+        const bool added = manager.addItem(ORVExternalSourceItem::itemWithFolderPath(path));
+        ctx.out() << (added ? "added " : "already a source: ") << path << '\n';
+        return true;
+    });
+}
+
 int runRemove(Context &ctx)
 {
-    const auto args = ctx.parse({}, 1, -1, 1);
-    if (!args)
-        return Usage;
-    ORVExternalSourceItemManager manager(sourceListPath());
-    QString error;
-    if (!manager.fetchItems(&error))
-        return ctx.fail(error);
-    for (const QString &arg : args->positionals()) {
+    return editSources(ctx, false, [&](ORVExternalSourceItemManager &manager, const QString &arg) {
         const auto item = manager.itemWithPath(arg);
-        if (!item)
-            return ctx.fail(QStringLiteral("not a source: %1 (see 'orvo source list')")
-                                .arg(ORVExternalSourceItem::normalizedFolderPath(arg)));
+        if (!item) {
+            ctx.fail(QStringLiteral("not a source: %1 (see 'orvo source list')")
+                         .arg(ORVExternalSourceItem::normalizedFolderPath(arg)));
+            return false;
+        }
         manager.removeItem(item);
         ctx.out() << "removed " << item->realURL() << '\n';
-    }
-    if (!manager.saveItems(&error))
-        return ctx.fail(error);
-    return Success;
+        return true;
+    });
 }
 
 int runList(Context &ctx)
@@ -94,9 +99,8 @@ int runList(Context &ctx)
     if (!args)
         return Usage;
     ORVExternalSourceItemManager manager(sourceListPath());
-    QString error;
-    if (!manager.fetchItems(&error))
-        return ctx.fail(error);
+    if (!manager.fetchError().isEmpty())
+        return ctx.fail(manager.fetchError());
     QJsonArray rows;
     for (const auto &item : manager.items()) {
         const bool present = QFileInfo(item->realURL()).isDir();
@@ -162,10 +166,17 @@ int runSettings(Context &ctx)
     return Success;
 }
 
-// The tree of one folder, as a source of its own (named by its settings).
-ORVExternalTree::ItemPtr folderTree(const QString &folder)
+// Runs `body` with the parsed words and the tree of the FOLDER argument,
+// read as a source of its own (named by its settings).
+int runOnFolderTree(Context &ctx, const std::function<int(const Args &, const ORVExternalTree::ItemPtr &)> &body)
 {
-    return ORVExternalTree::buildSourceItem(ORVExternalSourceItem::itemWithFolderPath(folder));
+    const auto args = ctx.parse({kJson}, 1, 1, 1);
+    if (!args)
+        return Usage;
+    const QString folder = existingFolder(ctx, args->positional(0));
+    if (folder.isEmpty())
+        return Failure;
+    return body(*args, ORVExternalTree::buildSourceItem(ORVExternalSourceItem::itemWithFolderPath(folder)));
 }
 
 void printTree(Context &ctx, const ORVExternalCategoryItem &item, int depth)
@@ -177,18 +188,13 @@ void printTree(Context &ctx, const ORVExternalCategoryItem &item, int depth)
 
 int runTree(Context &ctx)
 {
-    const auto args = ctx.parse({kJson}, 1, 1, 1);
-    if (!args)
-        return Usage;
-    const QString folder = existingFolder(ctx, args->positional(0));
-    if (folder.isEmpty())
-        return Failure;
-    const auto tree = folderTree(folder);
-    if (args->isSet(kJson.name))
-        printJson(ctx, tree->archive());
-    else
-        printTree(ctx, *tree, 0);
-    return Success;
+    return runOnFolderTree(ctx, [&](const Args &args, const ORVExternalTree::ItemPtr &tree) {
+        if (args.isSet(kJson.name))
+            printJson(ctx, tree->archive());
+        else
+            printTree(ctx, *tree, 0);
+        return int(Success);
+    });
 }
 
 void collectFolders(const ORVExternalCategoryItem &item, QStringList &out)
@@ -200,33 +206,28 @@ void collectFolders(const ORVExternalCategoryItem &item, QStringList &out)
 
 int runFiles(Context &ctx)
 {
-    const auto args = ctx.parse({kJson}, 1, 1, 1);
-    if (!args)
-        return Usage;
-    const QString folder = existingFolder(ctx, args->positional(0));
-    if (folder.isEmpty())
-        return Failure;
-    const auto tree = folderTree(folder);
-    // The folder's own order, else the one chosen for all external lists.
-    qint64 orderBy = qint64(tree->settingData()->orderBy);
-    if (orderBy == 0)
-        orderBy = MyPreferences::sharedInstance()->externalModeSortType();
-    QStringList folders;
-    collectFolders(*tree, folders);
-    const bool json = args->isSet(kJson.name);
-    QJsonArray rows;
-    for (const QString &f : std::as_const(folders)) {
-        for (const auto &row : ORVExternalListDataItem::listDataItemsInFolder(f, orderBy, true)) {
-            if (json)
-                rows.append(row->toJson());
-            else
-                ctx.out() << row->realPath << '\t' << row->modificationDate.toString(Qt::ISODate) << '\t'
-                          << row->fileSize << '\t' << row->content << '\n';
+    return runOnFolderTree(ctx, [&](const Args &args, const ORVExternalTree::ItemPtr &tree) {
+        // The folder's own order, else the one chosen for all external lists.
+        qint64 orderBy = qint64(tree->settingData()->orderBy);
+        if (orderBy == 0)
+            orderBy = MyPreferences::sharedInstance()->externalModeSortType();
+        QStringList folders;
+        collectFolders(*tree, folders);
+        const bool json = args.isSet(kJson.name);
+        QJsonArray rows;
+        for (const QString &f : std::as_const(folders)) {
+            for (const auto &row : ORVExternalListDataItem::listDataItemsInFolder(f, orderBy, true)) {
+                if (json)
+                    rows.append(row->toJson());
+                else
+                    ctx.out() << row->realPath << '\t' << row->modificationDate.toString(Qt::ISODate) << '\t'
+                              << row->fileSize << '\t' << row->content << '\n';
+            }
         }
-    }
-    if (json)
-        printJson(ctx, rows);
-    return Success;
+        if (json)
+            printJson(ctx, rows);
+        return int(Success);
+    });
 }
 
 int runSource(Context &ctx)

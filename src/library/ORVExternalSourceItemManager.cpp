@@ -19,42 +19,44 @@ ORVExternalSourceItemManager::ORVExternalSourceItemManager(const QString &storeF
 
 bool ORVExternalSourceItemManager::fetchItems(QString *error)
 {
+    QString reason;
+    const bool ok = readStore(&reason);
+    m_fetchError = reason;
+    if (error)
+        *error = reason;
+    emit itemsChanged();
+    ORVNotificationCenter::defaultCenter()->postNotification(kORVExternalSourceItemDidChangeNotification, this);
+    return ok;
+}
+
+bool ORVExternalSourceItemManager::readStore(QString *error)
+{
     m_items.clear();
     m_dirty = false;
     m_storeUnreadable = false;
     QFile file(m_path);
-    bool ok = true;
-    if (!m_path.isEmpty() && file.exists()) {
-        QJsonDocument doc;
-        QJsonParseError parseError{};
-        if (!file.open(QIODevice::ReadOnly)) {
-            ok = false;
-            if (error)
-                *error = QStringLiteral("%1: %2").arg(m_path, file.errorString());
-        } else {
-            doc = QJsonDocument::fromJson(file.readAll(), &parseError);
-            if (!doc.isArray()) {
-                ok = false;
-                if (error)
-                    *error = QStringLiteral("%1: not a list of sources (%2)")
-                                 .arg(m_path, parseError.error ? parseError.errorString() : QStringLiteral("wrong type"));
-            }
-        }
-        if (ok) {
-            for (const QJsonValue &v : doc.array()) {
-                const QJsonObject o = v.toObject();
-                const QString path = o.value(QStringLiteral("realURL")).toString();
-                const QByteArray bookmark =
-                    QByteArray::fromBase64(o.value(QStringLiteral("bookmarkData")).toString().toLatin1());
-                if (!path.isEmpty() || !bookmark.isEmpty())
-                    m_items.append(std::make_shared<ORVExternalSourceItem>(path, bookmark));
-            }
-        }
-        m_storeUnreadable = !ok;
+    if (m_path.isEmpty() || !file.exists())
+        return true;
+    const auto unreadable = [&](const QString &why) {
+        m_storeUnreadable = true;
+        *error = QStringLiteral("%1: %2").arg(m_path, why);
+        return false;
+    };
+    if (!file.open(QIODevice::ReadOnly))
+        return unreadable(file.errorString());
+    QJsonParseError parseError{};
+    const QJsonDocument doc = QJsonDocument::fromJson(file.readAll(), &parseError);
+    if (!doc.isArray())
+        return unreadable(QStringLiteral("not a list of sources (%1)")
+                              .arg(parseError.error ? parseError.errorString() : QStringLiteral("wrong type")));
+    for (const QJsonValue &v : doc.array()) {
+        const QJsonObject o = v.toObject();
+        const QString path = o.value(QStringLiteral("realURL")).toString();
+        const QByteArray bookmark = QByteArray::fromBase64(o.value(QStringLiteral("bookmarkData")).toString().toLatin1());
+        if (!path.isEmpty() || !bookmark.isEmpty())
+            m_items.append(std::make_shared<ORVExternalSourceItem>(path, bookmark));
     }
-    emit itemsChanged();
-    ORVNotificationCenter::defaultCenter()->postNotification(kORVExternalSourceItemDidChangeNotification, this);
-    return ok;
+    return true;
 }
 
 void ORVExternalSourceItemManager::rearrangeItems()
@@ -109,13 +111,17 @@ bool ORVExternalSourceItemManager::addItemAtIndex(const Item &item, qsizetype in
     return true;
 }
 
-bool ORVExternalSourceItemManager::updateItem(const Item &item)
+qsizetype ORVExternalSourceItemManager::indexOfItem(const Item &item) const
 {
     if (!item)
-        return false;
-    qsizetype i = m_items.indexOf(item);
-    if (i < 0)
-        i = indexOfPath(item->realURL());
+        return -1;
+    const qsizetype i = m_items.indexOf(item);
+    return i >= 0 ? i : indexOfPath(item->realURL());
+}
+
+bool ORVExternalSourceItemManager::updateItem(const Item &item)
+{
+    const qsizetype i = indexOfItem(item);
     if (i < 0)
         return false;
     m_items[i] = item;
@@ -125,11 +131,7 @@ bool ORVExternalSourceItemManager::updateItem(const Item &item)
 
 bool ORVExternalSourceItemManager::removeItem(const Item &item)
 {
-    if (!item)
-        return false;
-    qsizetype i = m_items.indexOf(item);
-    if (i < 0)
-        i = indexOfPath(item->realURL());
+    const qsizetype i = indexOfItem(item);
     if (i < 0)
         return false;
     m_items.removeAt(i);

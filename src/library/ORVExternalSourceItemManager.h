@@ -40,6 +40,8 @@ public:
     // not a list of sources; the list is then empty, and the next save first
     // keeps the unreadable file as "<name>.unreadable" so nothing is lost.
     bool fetchItems(QString *error = nullptr);
+    // Why the last fetchItems found the file unreadable; "" when it was fine.
+    QString fetchError() const { return m_fetchError; }
     // Tidies the list: entries without a path and repeated paths go (the
     // first stays), and each source's path follows its bookmark.
     void rearrangeItems();
@@ -72,11 +74,15 @@ signals:
     void itemsChanged();
 
 private:
+    bool readStore(QString *error);
     qsizetype indexOfPath(const QString &path) const;
+    // By identity first, then by the folder's path.
+    qsizetype indexOfItem(const Item &item) const;
     void changed();
 
     QString m_path;
     QList<Item> m_items;
     bool m_dirty = false;
     bool m_storeUnreadable = false;
+    QString m_fetchError;
 };
