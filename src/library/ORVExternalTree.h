@@ -14,7 +14,7 @@
 // the number of documents directly in it.
 //
 // Sub-folders are ordered by name, numbers by value and case ignored, so
-// that "Part 2" comes before "part 10". Hidden folders and links to folders
+// that "Chapter 2" comes before "chapter 10". Hidden folders and links to folders
 // are left out.
 //
 // Thread: not thread-safe; the application builds and patches it on the

@@ -18,7 +18,7 @@ public:
         m_forSortTitleMade = false;
     }
     // The title's sort key, made on first read: numbers in the title are
-    // padded so that "Part 10" comes after "Part 9".
+    // padded so that "Chapter 10" comes after "Chapter 9".
     const QString &forSortTitle() const;
 
     // Every run of ASCII digits whose value is not 0 becomes its value

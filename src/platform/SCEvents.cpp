@@ -81,7 +81,6 @@ void SCEvents::stopWatching()
     ::close(m_fd);
     m_fd = -1;
     m_dirs.clear();
-    m_wdByPath.clear();
     m_rootWd = -1;
     m_anchorWd = -1;
     m_anchorPath.clear();
@@ -131,14 +130,11 @@ int SCEvents::addDirWatch(const QString &path, QStringList *files, QStringList *
         if (known->path == path)
             return -1; // already watched: its own events cover it
         // The same folder under a new name.
-        m_wdByPath.remove(known->path);
         known->path = path;
-        m_wdByPath.insert(path, wd);
     }
     WatchedDir &dir = m_dirs[wd];
     dir.path = path;
     dir.files.clear();
-    m_wdByPath.insert(path, wd);
 
     // The listing comes after the watch, so that nothing made in between is
     // missed (it may be seen twice, which does no harm).
@@ -203,7 +199,6 @@ void SCEvents::removeWatch(int wd)
         return;
     // Fails harmlessly when the kernel already dropped the watch.
     inotify_rm_watch(m_fd, wd);
-    m_wdByPath.remove(it->path);
     m_dirs.erase(it);
 }
 
@@ -335,7 +330,6 @@ void SCEvents::handleEvent(int wd, std::uint32_t mask, const QString &name)
         return; // a watch removed a moment ago
     if (mask & IN_IGNORED) {
         const bool wasRoot = wd == m_rootWd;
-        m_wdByPath.remove(it->path);
         m_dirs.erase(it);
         if (wasRoot)
             rootLost(mask);

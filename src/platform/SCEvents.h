@@ -107,7 +107,6 @@ private:
     int m_anchorWd = -1;
     QString m_anchorPath;
     QHash<int, WatchedDir> m_dirs;
-    QHash<QString, int> m_wdByPath;
     bool m_limitReported = false;
     bool m_rootMissing = false; // the next time the folder is watched, say it came back
     // The last event emitted while reading one batch from the kernel, so

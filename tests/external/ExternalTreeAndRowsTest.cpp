@@ -59,7 +59,7 @@ TEST(ExternalListRows, FolderListsOnlyDocumentsInEachOrder)
     QTemporaryDir tmp;
     const QString d = tmp.path();
     const QDateTime t0 = QDateTime::currentDateTimeUtc().addDays(-10);
-    const QStringList names{"Part 10.md", "part 2.md", "Part 1.txt"};
+    const QStringList names{"Chapter 10.md", "chapter 2.md", "Chapter 1.txt"};
     for (int i = 0; i < names.size(); ++i) {
         ASSERT_TRUE(writeFile(d + '/' + names[i], "x"));
         ASSERT_TRUE(setModified(d + '/' + names[i], t0.addSecs(3600 * (i == 0 ? 3 : i))));
@@ -73,11 +73,11 @@ TEST(ExternalListRows, FolderListsOnlyDocumentsInEachOrder)
             out << row->title();
         return out;
     };
-    EXPECT_EQ(titles(3), (QStringList{"Part 1", "part 2", "Part 10"})); // numbers by value, case ignored
-    EXPECT_EQ(titles(4), (QStringList{"Part 10", "part 2", "Part 1"}));
+    EXPECT_EQ(titles(3), (QStringList{"Chapter 1", "chapter 2", "Chapter 10"})); // numbers by value, case ignored
+    EXPECT_EQ(titles(4), (QStringList{"Chapter 10", "chapter 2", "Chapter 1"}));
     EXPECT_EQ(titles(2), titles(3));
-    EXPECT_EQ(titles(5), (QStringList{"Part 10", "Part 1", "part 2"}));
-    EXPECT_EQ(titles(6), (QStringList{"part 2", "Part 1", "Part 10"}));
+    EXPECT_EQ(titles(5), (QStringList{"Chapter 10", "Chapter 1", "chapter 2"}));
+    EXPECT_EQ(titles(6), (QStringList{"chapter 2", "Chapter 1", "Chapter 10"}));
 }
 
 TEST(ListDataItem, SortTitlePadsNumbers)
@@ -106,10 +106,10 @@ protected:
     void SetUp() override
     {
         src = tmp.filePath(QStringLiteral("notes"));
-        for (const char *f : {"a.md", "b.txt", "skip.png", "Part 10/x.md", "Part 2/y.md", "Part 2/z.md",
-                              "part 1/deep/w.md", ".git/objects/o.md", "media/pic.png"})
+        for (const char *f : {"a.md", "b.txt", "skip.png", "Chapter 10/x.md", "Chapter 2/y.md", "Chapter 2/z.md",
+                              "chapter 1/deep/w.md", ".git/objects/o.md", "media/pic.png"})
             ASSERT_TRUE(writeFile(src + '/' + QString::fromLatin1(f), "x"));
-        ASSERT_TRUE(QFile::link(src + "/Part 2", src + "/link to part 2"));
+        ASSERT_TRUE(QFile::link(src + "/Chapter 2", src + "/link to chapter 2"));
         ASSERT_TRUE(QFile::link(src + "/a.md", src + "/linked.md"));
         source = ORVExternalSourceItem::itemWithFolderPath(src);
         tree.updateExternalTreeDataTopItems({source});
@@ -126,30 +126,30 @@ TEST_F(ExternalTreeTest, BuildsFoldersWithCountsInNaturalOrder)
     EXPECT_EQ(e->catType, 50);
     EXPECT_EQ(e->itemCount, 3); // a.md, b.txt and the link to a file
     // Hidden folders and links to folders are left out; numbers by value.
-    EXPECT_EQ(childNames(e), (QStringList{"media", "part 1", "Part 2", "Part 10"}));
-    EXPECT_EQ(e->childFolderWithName(QStringLiteral("Part 2"))->itemCount, 2);
-    EXPECT_EQ(tree.folderItemForPath(src + "/part 1/deep")->itemCount, 1);
-    EXPECT_EQ(tree.folderItemForPath(src + "/part 1/deep")->settingData(), source->settingData());
+    EXPECT_EQ(childNames(e), (QStringList{"chapter 1", "Chapter 2", "Chapter 10", "media"}));
+    EXPECT_EQ(e->childFolderWithName(QStringLiteral("Chapter 2"))->itemCount, 2);
+    EXPECT_EQ(tree.folderItemForPath(src + "/chapter 1/deep")->itemCount, 1);
+    EXPECT_EQ(tree.folderItemForPath(src + "/chapter 1/deep")->settingData(), source->settingData());
     EXPECT_EQ(tree.folderItemForPath(src + "/nope"), nullptr);
-    EXPECT_EQ(tree.sourceEntryContainingPath(src + "/part 1/deep/w.md").get(), e);
+    EXPECT_EQ(tree.sourceEntryContainingPath(src + "/chapter 1/deep/w.md").get(), e);
     EXPECT_EQ(tree.sourceEntryContainingPath(src + "2/other.md"), nullptr); // a prefix is not a folder
 }
 
 TEST_F(ExternalTreeTest, PatchesAfterChangedPaths)
 {
     ORVExternalCategoryItem *e = entry();
-    const auto kept = e->childFolderWithName(QStringLiteral("Part 10"));
+    const auto kept = e->childFolderWithName(QStringLiteral("Chapter 10"));
     // A new folder with content, a removed one, a new document.
     ASSERT_TRUE(writeFile(src + "/New/inner/n.md", "x"));
-    ASSERT_TRUE(QDir(src + "/part 1").removeRecursively());
+    ASSERT_TRUE(QDir(src + "/chapter 1").removeRecursively());
     ASSERT_TRUE(writeFile(src + "/c.md", "x"));
     EXPECT_TRUE(tree.updateWithChangedPaths({src + "/New", src + "/New/inner", src + "/New/inner/n.md",
-                                             src + "/part 1", src + "/part 1/deep", src + "/c.md"}));
-    EXPECT_EQ(childNames(e), (QStringList{"media", "New", "Part 2", "Part 10"}));
+                                             src + "/chapter 1", src + "/chapter 1/deep", src + "/c.md"}));
+    EXPECT_EQ(childNames(e), (QStringList{"Chapter 2", "Chapter 10", "media", "New"}));
     EXPECT_EQ(e->itemCount, 4);
     EXPECT_EQ(tree.folderItemForPath(src + "/New/inner")->itemCount, 1);
-    EXPECT_EQ(e->childFolderWithName(QStringLiteral("Part 10")), kept); // untouched entries stay
-    EXPECT_FALSE(tree.updateWithChangedPaths({src + "/Part 10/x.md"}));  // a content change alters nothing
+    EXPECT_EQ(e->childFolderWithName(QStringLiteral("Chapter 10")), kept); // untouched entries stay
+    EXPECT_FALSE(tree.updateWithChangedPaths({src + "/Chapter 10/x.md"}));  // a content change alters nothing
 
     // The source folder goes: its entry stays, empty and missing; it comes back whole.
     const QString away = tmp.filePath(QStringLiteral("away"));
