@@ -117,9 +117,18 @@ bool AppDelegate::setLibraryModeMainURL(const QString &libraryPath, QString *err
     }
     // As when the user switches libraries: the old managers go, the new
     // library is taken up.
-    m_dicLibraryDBManager.clear();
+    forgetLibraryManagers();
     clearAndSetupLibrarySecurityScoped();
     return true;
+}
+
+void AppDelegate::forgetLibraryManagers()
+{
+    m_dicLibraryDBManager.clear();
+    delete m_mainDBFileMonitor;
+    m_mainDBFileMonitor = nullptr;
+    m_reloadTimer.stop();
+    m_isNeedToReloadLibraryCategories = false;
 }
 
 bool AppDelegate::checkIsLibraryVaidWithURL(const QString &libURL)

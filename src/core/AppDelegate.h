@@ -193,6 +193,9 @@ signals:
 private:
     QString statePath(const QString &fileName) const;
     QString resolvedLibraryPath(const QString &libURL);
+    // On a change of library: the managers go, and the watch moves to the
+    // database of the next manager made.
+    void forgetLibraryManagers();
     void monitorLibraryNeedTooReloadFire();
 
     MyPreferences *m_prefs;

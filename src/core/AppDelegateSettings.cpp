@@ -33,7 +33,7 @@ ORVSettingsFile::ImportReport AppDelegate::importAllSettingAction(const QString 
     ORVSettingsFile::ImportReport report = settingsFile().importFromFile(path);
     if (report.locations > 0) {
         // The library may have moved: the next use finds it anew.
-        m_dicLibraryDBManager.clear();
+        forgetLibraryManagers();
         clearAndSetupLibrarySecurityScoped();
     }
     return report;

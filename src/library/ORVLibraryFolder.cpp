@@ -239,7 +239,12 @@ int ORVLibraryFolder::registerStrayDocuments(ORVDBManager &manager, const QStrin
             while (rs.next())
                 known.insert(rs.longLongIntForColumn(0));
         }
-        registered = 0;
+        // One transaction for the whole pass: a sync service can bring
+        // thousands of files at once, and a commit per row would cost a
+        // disk sync per row (minutes instead of a fraction of a second).
+        if (!db->executeUpdate(QStringLiteral("BEGIN")))
+            return;
+        int added = 0;
         const qint64 now = QDateTime::currentSecsSinceEpoch();
         for (qint64 uuid : std::as_const(stems)) {
             if (known.contains(uuid))
@@ -253,8 +258,12 @@ int ORVLibraryFolder::registerStrayDocuments(ORVDBManager &manager, const QStrin
             art.setDateModif(now);
             art.setDateArt(now);
             if (manager.insertItemDBArticleWithDB(art, db))
-                ++registered;
+                ++added;
         }
+        if (db->executeUpdate(QStringLiteral("COMMIT")))
+            registered = added;
+        else
+            db->executeUpdate(QStringLiteral("ROLLBACK"));
     });
     return registered;
 }

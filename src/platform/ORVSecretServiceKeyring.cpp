@@ -12,8 +12,9 @@ namespace {
 // up rather than hang a command forever on a keyring that never answers.
 constexpr int kKeyringTimeoutMs = 120 * 1000;
 
-// Runs a job to its end. False when it did not end in time.
-bool runJob(QKeychain::Job &job)
+// Runs a job to its end. The job's error, or NoError; an error text in
+// `error` unless the entry simply does not exist.
+QKeychain::Error runJob(QKeychain::Job &job, QString *error)
 {
     QEventLoop loop;
     bool finished = false;
@@ -26,12 +27,20 @@ bool runJob(QKeychain::Job &job)
     job.start();
     if (!finished)
         loop.exec();
-    return finished;
-}
-
-QString describe(const QKeychain::Job &job)
-{
-    return job.errorString().isEmpty() ? QStringLiteral("the keyring refused the request") : job.errorString();
+    QString why;
+    QKeychain::Error code = QKeychain::NoError;
+    if (!finished) {
+        why = QStringLiteral("the keyring did not answer");
+        code = QKeychain::OtherError;
+    } else if (job.error() != QKeychain::NoError && job.error() != QKeychain::EntryNotFound) {
+        why = job.errorString().isEmpty() ? QStringLiteral("the keyring refused the request") : job.errorString();
+        code = job.error();
+    } else {
+        code = job.error();
+    }
+    if (error)
+        *error = why;
+    return code;
 }
 
 } // namespace
@@ -39,62 +48,27 @@ QString describe(const QKeychain::Job &job)
 std::optional<QString> ORVSecretServiceKeyring::passwordForServiceAccount(const QString &service,
                                                                           const QString &account, QString *error)
 {
-    if (error)
-        error->clear();
     QKeychain::ReadPasswordJob job(service);
     job.setKey(account);
-    if (!runJob(job)) {
-        if (error)
-            *error = QStringLiteral("the keyring did not answer");
+    if (runJob(job, error) != QKeychain::NoError)
         return std::nullopt;
-    }
-    if (job.error() == QKeychain::EntryNotFound)
-        return std::nullopt;
-    if (job.error() != QKeychain::NoError) {
-        if (error)
-            *error = describe(job);
-        return std::nullopt;
-    }
     return job.textData();
 }
 
 bool ORVSecretServiceKeyring::setPasswordForServiceAccount(const QString &password, const QString &service,
                                                            const QString &account, QString *error)
 {
-    if (error)
-        error->clear();
     QKeychain::WritePasswordJob job(service);
     job.setKey(account);
     job.setTextData(password);
-    if (!runJob(job)) {
-        if (error)
-            *error = QStringLiteral("the keyring did not answer");
-        return false;
-    }
-    if (job.error() != QKeychain::NoError) {
-        if (error)
-            *error = describe(job);
-        return false;
-    }
-    return true;
+    return runJob(job, error) == QKeychain::NoError;
 }
 
 bool ORVSecretServiceKeyring::deletePasswordForServiceAccount(const QString &service, const QString &account,
                                                               QString *error)
 {
-    if (error)
-        error->clear();
     QKeychain::DeletePasswordJob job(service);
     job.setKey(account);
-    if (!runJob(job)) {
-        if (error)
-            *error = QStringLiteral("the keyring did not answer");
-        return false;
-    }
-    if (job.error() != QKeychain::NoError && job.error() != QKeychain::EntryNotFound) {
-        if (error)
-            *error = describe(job);
-        return false;
-    }
-    return true;
+    const QKeychain::Error code = runJob(job, error);
+    return code == QKeychain::NoError || code == QKeychain::EntryNotFound;
 }

@@ -131,6 +131,23 @@ TEST_F(App, AnotherWriterMakesTheWindowsReloadOnceTheFileIsBack)
     EXPECT_FALSE(waitForReload(1500));
     ASSERT_TRUE(QFile::rename(aside, manager->dbURL()));
     EXPECT_TRUE(waitForReload(5000));
+
+    // After a change of library the watch follows the new one.
+    const QString next = makeLibrary(QStringLiteral("next"));
+    ASSERT_TRUE(app->setLibraryModeMainURL(next));
+    const auto nextManager = app->libraryModeMainDBManager();
+    {
+        FMDatabase other(manager->dbURL());
+        ASSERT_TRUE(other.open());
+        ASSERT_TRUE(other.executeUpdate(QStringLiteral("DELETE FROM cat WHERE uuid=5")));
+    }
+    EXPECT_FALSE(waitForReload(1500)); // the old library is no longer watched
+    {
+        FMDatabase other(nextManager->dbURL());
+        ASSERT_TRUE(other.open());
+        ASSERT_TRUE(other.executeUpdate(QStringLiteral("DELETE FROM cat")));
+    }
+    EXPECT_TRUE(waitForReload(5000));
 }
 
 TEST_F(App, TheStrayPassRunsAtMostOnceInTenSeconds)

@@ -250,6 +250,28 @@ TEST_F(Store, TreeCountsADocumentOnceAndSiblingsFollowSort)
     EXPECT_EQ(uuids(ancestors), QList<qint64>({1003, 1001}));
 }
 
+TEST_F(Store, MovingATreeEntryChangesItsRowAndItsPlaceInTheTree)
+{
+    cat(1001, 0, QStringLiteral("A"), 10);
+    cat(1002, 1001, QStringLiteral("B"), 1);
+    cat(1003, 0, QStringLiteral("C"), 11);
+    QList<ORVCatTreeItemPtr> tops = manager->getAllItemDBCatTree();
+    std::sort(tops.begin(), tops.end(), [](const auto &x, const auto &y) { return x->sort < y->sort; });
+    ASSERT_EQ(tops.size(), 2);
+    const ORVCatTreeItemPtr b = tops[0]->children.first();
+    EXPECT_TRUE(ORVDBManager::checkCatIsHasChildWithCatTheChildIsHas(tops[0].get(), b.get()));
+
+    EXPECT_EQ(notificationsWhile([&] { ASSERT_TRUE(manager->updateCatTreeParentParentCat(b, tops[1].get())); }), 1);
+    EXPECT_TRUE(tops[0]->children.isEmpty());
+    ASSERT_EQ(tops[1]->children.size(), 1);
+    EXPECT_EQ(tops[1]->children.first(), b);
+    EXPECT_EQ(b->parent, tops[1].get());
+    EXPECT_FALSE(ORVDBManager::checkCatIsHasChildWithCatTheChildIsHas(tops[0].get(), b.get()));
+    EXPECT_EQ(manager->itemDBCatWithUUID(1002)->pid(), 1003);
+    EXPECT_EQ(manager->topCatByCatUUID(1002)->uuid, 1003);
+    EXPECT_EQ(ORVDBManager::fetchTreeItemWithCatUUIDInTopCatTreeOutItem(1002, tops[1]), b);
+}
+
 TEST_F(Store, ADamagedParentColumnNeitherHangsNorRepeats)
 {
     cat(1001, 1002, QStringLiteral("loop a"));

@@ -37,15 +37,28 @@ bool append(const QString &path, const QByteArray &bytes)
     return f.open(QIODevice::Append) && f.write(bytes) == bytes.size();
 }
 
+// A database file under watch.
+class Watched : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        path = dir.filePath(QStringLiteral("mainlib.db"));
+        ASSERT_TRUE(orvotest::writeFile(path, "one"));
+        monitor = std::make_unique<TABFileMonitor>(path);
+        recorder = std::make_unique<Recorder>(*monitor);
+    }
+    QTemporaryDir dir;
+    QString path;
+    std::unique_ptr<TABFileMonitor> monitor;
+    std::unique_ptr<Recorder> recorder;
+};
+
 } // namespace
 
-TEST(TABFileMonitor, SeesWritesAndKeepsWatchingAcrossAnAtomicReplace)
+TEST_F(Watched, SeesWritesAndKeepsWatchingAcrossAnAtomicReplace)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("mainlib.db"));
-    ASSERT_TRUE(orvotest::writeFile(path, "one"));
-    TABFileMonitor monitor(path);
-    Recorder r(monitor);
+    Recorder &r = *recorder;
 
     ASSERT_TRUE(append(path, "two"));
     EXPECT_TRUE(r.waitFor(TABFileMonitor::ContentChanged));
@@ -61,13 +74,9 @@ TEST(TABFileMonitor, SeesWritesAndKeepsWatchingAcrossAnAtomicReplace)
     EXPECT_TRUE(r.waitFor(TABFileMonitor::ContentChanged));
 }
 
-TEST(TABFileMonitor, AnAbsenceIsReportedAndTheReturnIsAChange)
+TEST_F(Watched, AnAbsenceIsReportedAndTheReturnIsAChange)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("mainlib.db"));
-    ASSERT_TRUE(orvotest::writeFile(path, "one"));
-    TABFileMonitor monitor(path);
-    Recorder r(monitor);
+    Recorder &r = *recorder;
 
     ASSERT_TRUE(QFile::remove(path));
     EXPECT_TRUE(r.waitFor(TABFileMonitor::FileDeleted));
@@ -82,13 +91,9 @@ TEST(TABFileMonitor, AnAbsenceIsReportedAndTheReturnIsAChange)
     EXPECT_TRUE(r.waitFor(TABFileMonitor::ContentChanged));
 }
 
-TEST(TABFileMonitor, PermissionsAloneAreNotAChangeOfContent)
+TEST_F(Watched, PermissionsAloneAreNotAChangeOfContent)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("mainlib.db"));
-    ASSERT_TRUE(orvotest::writeFile(path, "one"));
-    TABFileMonitor monitor(path);
-    Recorder r(monitor);
+    Recorder &r = *recorder;
     ASSERT_TRUE(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup));
     EXPECT_TRUE(r.waitFor(TABFileMonitor::AttributesChanged));
 }
