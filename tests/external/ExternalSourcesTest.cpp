@@ -1,7 +1,6 @@
 #include "core/ORVBookmark.h"
 #include "core/ORVNotificationCenter.h"
 #include "library/ORVExternalSourceItemManager.h"
-#include "library/document_title.h"
 #include "library/fileNames.h"
 #include "library/supportedDocumentExt.h"
 #include "support/TestEnv.h"
@@ -129,15 +128,4 @@ TEST(FileNames, ExtensionIsAfterTheLastDotOfTheName)
     EXPECT_EQ(fileNameDeletingPathExtension(QStringLiteral("/x/my.notes/")), QStringLiteral("my"));
     EXPECT_EQ(pathExtension(QStringLiteral("a.tar.gz")), QStringLiteral("gz"));
     EXPECT_EQ(pathExtension(QStringLiteral("a")), QString());
-}
-
-TEST(DocumentTitle, LeadingMarksAndOneSpaceGo)
-{
-    const std::pair<const char *, const char *> cases[] = {
-        {"", ""},         {"title", "title"},   {"# title", "title"},   {"#title", "title"},
-        {"### a #", "a #"}, {"###", ""},        {"### ", ""},           {"#  two spaces", " two spaces"},
-        {" # not a mark", " # not a mark"},     {"#\ttab", "\ttab"},
-    };
-    for (const auto &[in, out] : cases)
-        EXPECT_EQ(documentTitleRemoveMark(QString::fromUtf8(in)), QString::fromUtf8(out)) << in;
 }
