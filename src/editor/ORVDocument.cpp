@@ -312,7 +312,7 @@ QString ORVDocument::documentTitleRemoveMark() const
         const QString title = documentTitleAndSummaryWithContent(documentPureMarkdownString()).title;
         return title.isEmpty() ? QCoreApplication::translate("ORVDocument", "Untitled") : title;
     }
-    return m_fileURL.isEmpty() ? QString(QLatin1String("")) : fileNameDeletingPathExtension(m_fileURL);
+    return m_fileURL.isEmpty() ? QStringLiteral("") : fileNameDeletingPathExtension(m_fileURL);
 }
 
 QString ORVDocument::theUnLibrarayDocuementDefaultTitle() const
