@@ -55,7 +55,7 @@ const QRegularExpression &ORVMDTextCommands::blockquoteLinePattern()
 
 void ORVMDTextCommands::insertNewline() { m_buffer.replaceCharactersInRange(m_buffer.selectedRange(), QStringLiteral("\n")); }
 
-void ORVMDTextCommands::insertTextReplacementRange(const QString &text, ORVTextRange range)
+void ORVMDTextCommands::insertTextReplacementRange(const QString &text, ORVEditRange range)
 {
     m_buffer.replaceCharactersInRange(range, text);
 }
@@ -75,12 +75,12 @@ void ORVMDTextCommands::insertNewlineContinuingStructure()
     insertNewline();
 }
 
-int ORVMDTextCommands::currentLineListItemTypeWithRange(ORVTextRange range) const
+int ORVMDTextCommands::currentLineListItemTypeWithRange(ORVEditRange range) const
 {
     const QString &text = m_buffer.string();
     if (!range.isValid() || range.end() > text.size())
         return NoListItem;
-    const ORVTextRange lines = lineRangeForRange(text, range);
+    const ORVEditRange lines = lineRangeForRange(text, range);
     const QRegularExpressionMatch m = listLinePattern().match(QStringView(text).mid(lines.location, lines.length));
     if (!m.hasMatch())
         return NoListItem;
@@ -91,14 +91,14 @@ int ORVMDTextCommands::currentLineListItemTypeWithRange(ORVTextRange range) cons
 
 bool ORVMDTextCommands::completeNextListItem(bool increaseNumber)
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     if (!sel.isEmpty() || m_buffer.string().isEmpty())
         return false;
     const qsizetype cursor = sel.location;
     const QString &text = m_buffer.string();
     const qsizetype lineStart = locationOfFirstNewlineBefore(text, cursor) + 1;
     // Return with nothing but white space before the caret is a plain line end.
-    if (locationOfFirstNonWhitespaceCharacterInLineBefore(text, cursor) == ORVTextRange::kNotFound)
+    if (locationOfFirstNonWhitespaceCharacterInLineBefore(text, cursor) == ORVEditRange::kNotFound)
         return false;
 
     const QString line = text.mid(lineStart, cursor - lineStart);
@@ -159,7 +159,7 @@ bool ORVMDTextCommands::completeNextListItem(bool increaseNumber)
 
 bool ORVMDTextCommands::completeNextBlockquoteLine()
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     const QString &text = m_buffer.string();
     if (!sel.isEmpty() || text.isEmpty())
         return false;
@@ -179,13 +179,13 @@ bool ORVMDTextCommands::completeNextBlockquoteLine()
 
 bool ORVMDTextCommands::completeNextIndentedLine()
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     if (!sel.isEmpty())
         return false;
     const QString &text = m_buffer.string();
     const qsizetype start = lineStartBefore(text, sel.location);
     const qsizetype firstNonWhite = locationOfFirstNonWhitespaceCharacterInLineBefore(text, sel.location);
-    const qsizetype wsEnd = firstNonWhite == ORVTextRange::kNotFound ? sel.location : firstNonWhite;
+    const qsizetype wsEnd = firstNonWhite == ORVEditRange::kNotFound ? sel.location : firstNonWhite;
     const QString whitespace = text.mid(start, wsEnd - start);
     if (whitespace.isEmpty())
         return false;
@@ -201,7 +201,7 @@ void ORVMDTextCommands::processOrderListItem()
 {
     if (m_options.isDisableAutoCorrectOrderListNumber)
         return;
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     QString text = m_buffer.string();
     const qsizetype selLineStart = lineStartBefore(text, sel.location);
     const qsizetype selLineEnd = lineEndAfter(text, sel.location);
@@ -273,7 +273,7 @@ bool ORVMDTextCommands::checkIsDeleteCharactsInOrderListAndIsDoDelelte(bool doDe
     if (m_buffer.selectedRanges().size() > 1)
         return false;
     const QString &text = m_buffer.string();
-    ORVTextRange r = m_buffer.selectedRange();
+    ORVEditRange r = m_buffer.selectedRange();
     if (r.isEmpty()) {
         if (r.location == 0)
             return false;
@@ -282,7 +282,7 @@ bool ORVMDTextCommands::checkIsDeleteCharactsInOrderListAndIsDoDelelte(bool doDe
         if (r.location > 0 && text.at(r.location).isLowSurrogate() && text.at(r.location - 1).isHighSurrogate())
             r = {r.location - 1, 2};
     }
-    const ORVTextRange lines = lineRangeForRange(text, r);
+    const ORVEditRange lines = lineRangeForRange(text, r);
     const bool ordered = hasOrderedMarker(QStringView(text).mid(lines.location, lines.length)) ||
                          (r.length > 1 && hasOrderedMarker(QStringView(text).mid(r.location, r.length)));
     if (!ordered)

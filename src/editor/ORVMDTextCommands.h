@@ -41,7 +41,7 @@ public:
     void insertNewlineContinuingStructure();
     // 0 no list item, 1 an ordered marker is present, 2 a bullet only, for
     // the lines that `range` touches; 0 for a range outside the text.
-    int currentLineListItemTypeWithRange(ORVTextRange range) const;
+    int currentLineListItemTypeWithRange(ORVEditRange range) const;
     // Continues (or, on an empty item, ends) the list item at the caret.
     // `increaseNumber` false keeps an ordered item's number. True when it acted.
     bool completeNextListItem(bool increaseNumber = true);
@@ -77,7 +77,7 @@ public:
     // Whether `range` stands between prefix and suffix. "*" and "*" are
     // special, so that emphasis and strong stay apart: true around "***",
     // otherwise only when not around "**".
-    bool substringInRangeIsSurroundedByPrefixSuffix(ORVTextRange range, const QString &prefix,
+    bool substringInRangeIsSurroundedByPrefixSuffix(ORVEditRange range, const QString &prefix,
                                                     const QString &suffix) const;
 
     // ---- Headings
@@ -138,7 +138,7 @@ public:
     // A line end in place of the selection.
     void insertNewline();
     // Replaces `range` by `text`; the caret goes after it.
-    void insertTextReplacementRange(const QString &text, ORVTextRange range);
+    void insertTextReplacementRange(const QString &text, ORVEditRange range);
     // Replaces the selection by `text`; the caret goes after it.
     void orv_insertTextToCurrentSelectRange(const QString &text);
     void orv_insertText(const QString &text) { orv_insertTextToCurrentSelectRange(text); }
@@ -151,7 +151,7 @@ private:
     bool cursorLineIsEmptyAtStart() const;
     bool cursorLineBeginsWith(const QString &prefix) const;
     void takeOffCursorLinePrefix(const QString &prefix);
-    ORVTextRange wholeLinesOfSelection() const;
+    ORVEditRange wholeLinesOfSelection() const;
 
     ORVTextBuffer &m_buffer;
     ORVEditingOptions m_options;

@@ -21,7 +21,7 @@ constexpr int kBlockToggleNumberWrap = 9;
 
 // ---- Inline toggles
 
-bool ORVMDTextCommands::substringInRangeIsSurroundedByPrefixSuffix(ORVTextRange range, const QString &prefix,
+bool ORVMDTextCommands::substringInRangeIsSurroundedByPrefixSuffix(ORVEditRange range, const QString &prefix,
                                                                    const QString &suffix) const
 {
     const QString &text = m_buffer.string();
@@ -44,7 +44,7 @@ bool ORVMDTextCommands::substringInRangeIsSurroundedByPrefixSuffix(ORVTextRange 
 
 bool ORVMDTextCommands::toggleForMarkupPrefixSuffix(const QString &prefix, const QString &suffix)
 {
-    const ORVTextRange r = m_buffer.selectedRange();
+    const ORVEditRange r = m_buffer.selectedRange();
     const QString selected = m_buffer.string().mid(r.location, r.length);
     ORVUndoGroup group(m_buffer);
     if (!substringInRangeIsSurroundedByPrefixSuffix(r, prefix, suffix)) {
@@ -85,10 +85,10 @@ void ORVMDTextCommands::toggleImage()
 
 // ---- Lines of the selection
 
-ORVTextRange ORVMDTextCommands::wholeLinesOfSelection() const
+ORVEditRange ORVMDTextCommands::wholeLinesOfSelection() const
 {
     const QString &text = m_buffer.string();
-    ORVTextRange lines = lineRangeForRange(text, m_buffer.selectedRange());
+    ORVEditRange lines = lineRangeForRange(text, m_buffer.selectedRange());
     if (lines.length > 0 && text.at(lines.end() - 1) == QLatin1Char('\n'))
         --lines.length;
     return lines;
@@ -96,7 +96,7 @@ ORVTextRange ORVMDTextCommands::wholeLinesOfSelection() const
 
 bool ORVMDTextCommands::cursorLineIsEmptyAtStart() const
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     const QString &text = m_buffer.string();
     return sel.isEmpty() && lineStartBefore(text, sel.location) == sel.location &&
            lineEndAfter(text, sel.location) == sel.location;
@@ -106,7 +106,7 @@ bool ORVMDTextCommands::cursorLineBeginsWith(const QString &prefix) const
 {
     // An empty caret standing after `prefix` at the start of its line (the
     // whole text when it is no longer than the prefix).
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     const QString &text = m_buffer.string();
     if (!sel.isEmpty() || sel.location == 0 || sel.location < prefix.size())
         return false;
@@ -118,7 +118,7 @@ bool ORVMDTextCommands::cursorLineBeginsWith(const QString &prefix) const
 
 void ORVMDTextCommands::takeOffCursorLinePrefix(const QString &prefix)
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     const qsizetype start = lineStartBefore(m_buffer.string(), sel.location);
     insertTextReplacementRange(QString(), {start, prefix.size()});
     m_buffer.setSelectedRange({qMax(start, sel.location - prefix.size()), 0});
@@ -129,7 +129,7 @@ void ORVMDTextCommands::takeOffCursorLinePrefix(const QString &prefix)
 void ORVMDTextCommands::makeHeaderForSelectedLinesWithLevel(int level)
 {
     level = qBound(0, level, 6);
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     ORVUndoGroup group(m_buffer);
     if (level > 0) {
         // preCheckTextViewIsMakeHeaderWithLevel
@@ -150,7 +150,7 @@ void ORVMDTextCommands::makeHeaderForSelectedLinesWithLevel(int level)
 
     const QString prefix = level > 0 ? QString(level, QLatin1Char('#')) + QLatin1Char(' ') : QString();
     static const QRegularExpression marks(QStringLiteral("^(#+ )*.*?$"), QRegularExpression::MultilineOption);
-    const ORVTextRange linesRange = wholeLinesOfSelection();
+    const ORVEditRange linesRange = wholeLinesOfSelection();
     const QStringList lines = m_buffer.string().mid(linesRange.location, linesRange.length).split(QLatin1Char('\n'));
     QStringList out;
     qsizetype firstDelta = 0;
@@ -178,8 +178,8 @@ void ORVMDTextCommands::makeHeaderForSelectedLinesWithLevel(int level)
 void ORVMDTextCommands::toggleBlockWithPatternPrefix(const QString &pattern, const QString &prefix)
 {
     const QRegularExpression re(pattern);
-    const ORVTextRange sel = m_buffer.selectedRange();
-    const ORVTextRange linesRange = wholeLinesOfSelection();
+    const ORVEditRange sel = m_buffer.selectedRange();
+    const ORVEditRange linesRange = wholeLinesOfSelection();
     const QString original = m_buffer.string().mid(linesRange.location, linesRange.length);
     const QStringList lines = original.split(QLatin1Char('\n'));
 
@@ -276,7 +276,7 @@ void ORVMDTextCommands::toggleTaskList()
 void ORVMDTextCommands::toggleBlockquote()
 {
     ORVUndoGroup group(m_buffer);
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     const QString &text = m_buffer.string();
     // With no selection at the start of a line (or on an empty one) the mark
     // goes in at the caret, which nests an existing quote one level deeper;

@@ -52,8 +52,8 @@ void ORVMDTextCommands::unindent()
 
 void ORVMDTextCommands::indentSelectedLinesWithPadding(const QString &padding)
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
-    const ORVTextRange linesRange = lineRangeForRange(m_buffer.string(), sel);
+    const ORVEditRange sel = m_buffer.selectedRange();
+    const ORVEditRange linesRange = lineRangeForRange(m_buffer.string(), sel);
     // The line range ends with the last line's "\n", so splitting gives an
     // empty piece after it: that piece is no line of the selection.
     const QStringList lines = m_buffer.string().mid(linesRange.location, linesRange.length).split(QLatin1Char('\n'));
@@ -78,8 +78,8 @@ void ORVMDTextCommands::indentSelectedLinesWithPadding(const QString &padding)
 
 void ORVMDTextCommands::unindentSelectedLines()
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
-    const ORVTextRange linesRange = lineRangeForRange(m_buffer.string(), sel);
+    const ORVEditRange sel = m_buffer.selectedRange();
+    const ORVEditRange linesRange = lineRangeForRange(m_buffer.string(), sel);
     const QString original = m_buffer.string().mid(linesRange.location, linesRange.length);
     const QStringList lines = original.split(QLatin1Char('\n'));
     QStringList out;
@@ -114,7 +114,7 @@ void ORVMDTextCommands::unindentSelectedLines()
 
 void ORVMDTextCommands::insertTab()
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     if (!sel.isEmpty() || currentLineListItemTypeWithRange(sel) != NoListItem)
         indent();
     else if (m_options.isSpaceInsteadTabs)
@@ -125,7 +125,7 @@ void ORVMDTextCommands::insertTab()
 
 void ORVMDTextCommands::insertSpacesForTab()
 {
-    const ORVTextRange sel = m_buffer.selectedRange();
+    const ORVEditRange sel = m_buffer.selectedRange();
     const qsizetype column = sel.location - lineStartBefore(m_buffer.string(), sel.location);
     orv_insertTextToCurrentSelectRange(QString(kIndentWidth - column % kIndentWidth, QLatin1Char(' ')));
 }

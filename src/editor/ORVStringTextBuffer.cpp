@@ -1,11 +1,11 @@
 #include "editor/ORVStringTextBuffer.h"
 
-ORVStringTextBuffer::ORVStringTextBuffer(const QString &text, ORVTextRange selection) : m_text(text)
+ORVStringTextBuffer::ORVStringTextBuffer(const QString &text, ORVEditRange selection) : m_text(text)
 {
     m_selection = clamped(selection);
 }
 
-ORVTextRange ORVStringTextBuffer::clamped(ORVTextRange range) const
+ORVEditRange ORVStringTextBuffer::clamped(ORVEditRange range) const
 {
     const qsizetype size = m_text.size();
     const qsizetype loc = qBound<qsizetype>(0, range.location, size);
@@ -13,16 +13,16 @@ ORVTextRange ORVStringTextBuffer::clamped(ORVTextRange range) const
     return {loc, end - loc};
 }
 
-void ORVStringTextBuffer::setSelectedRange(ORVTextRange range)
+void ORVStringTextBuffer::setSelectedRange(ORVEditRange range)
 {
     m_selection = clamped(range);
     if (m_groupDepth > 0)
         m_open.selectionAfter = m_selection;
 }
 
-void ORVStringTextBuffer::replaceCharactersInRange(ORVTextRange range, const QString &text)
+void ORVStringTextBuffer::replaceCharactersInRange(ORVEditRange range, const QString &text)
 {
-    const ORVTextRange r = clamped(range);
+    const ORVEditRange r = clamped(range);
     const bool standalone = m_groupDepth == 0;
     if (standalone)
         beginUndoGrouping();

@@ -10,12 +10,12 @@
 class ORVStringTextBuffer : public ORVTextBuffer
 {
 public:
-    explicit ORVStringTextBuffer(const QString &text = QString(), ORVTextRange selection = {});
+    explicit ORVStringTextBuffer(const QString &text = QString(), ORVEditRange selection = {});
 
     const QString &string() const override { return m_text; }
-    ORVTextRange selectedRange() const override { return m_selection; }
-    void setSelectedRange(ORVTextRange range) override;
-    void replaceCharactersInRange(ORVTextRange range, const QString &text) override;
+    ORVEditRange selectedRange() const override { return m_selection; }
+    void setSelectedRange(ORVEditRange range) override;
+    void replaceCharactersInRange(ORVEditRange range, const QString &text) override;
     void beginUndoGrouping() override;
     void endUndoGrouping() override;
 
@@ -35,14 +35,14 @@ private:
     };
     struct Step {
         QList<Edit> edits;
-        ORVTextRange selectionBefore;
-        ORVTextRange selectionAfter;
+        ORVEditRange selectionBefore;
+        ORVEditRange selectionAfter;
     };
 
-    ORVTextRange clamped(ORVTextRange range) const;
+    ORVEditRange clamped(ORVEditRange range) const;
 
     QString m_text;
-    ORVTextRange m_selection;
+    ORVEditRange m_selection;
     QList<Step> m_undo;
     QList<Step> m_redo;
     Step m_open;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/ORVTextRange.h"
+#include "editor/ORVEditRange.h"
 
 #include <QList>
 #include <QString>
@@ -20,15 +20,15 @@ public:
     // The whole text. The reference stays valid until the next edit.
     virtual const QString &string() const = 0;
 
-    virtual ORVTextRange selectedRange() const = 0;
+    virtual ORVEditRange selectedRange() const = 0;
     // Every selection, for views with several; most have one.
-    virtual QList<ORVTextRange> selectedRanges() const { return {selectedRange()}; }
+    virtual QList<ORVEditRange> selectedRanges() const { return {selectedRange()}; }
     // Sets the selection; a range outside the text is clamped to it.
-    virtual void setSelectedRange(ORVTextRange range) = 0;
+    virtual void setSelectedRange(ORVEditRange range) = 0;
 
     // Replaces `range` (clamped to the text) by `text` as an undoable edit,
     // and puts the caret after the new text, as typing does.
-    virtual void replaceCharactersInRange(ORVTextRange range, const QString &text) = 0;
+    virtual void replaceCharactersInRange(ORVEditRange range, const QString &text) = 0;
 
     // Edits between these two calls undo and redo as one step. Calls nest;
     // the outermost pair decides.

@@ -16,7 +16,7 @@ qsizetype lineEndAfter(const QString &text, qsizetype position)
     return nl < 0 ? text.size() : nl;
 }
 
-ORVTextRange lineRangeForRange(const QString &text, ORVTextRange range)
+ORVEditRange lineRangeForRange(const QString &text, ORVEditRange range)
 {
     const qsizetype size = text.size();
     const qsizetype from = qBound<qsizetype>(0, range.location, size);
@@ -35,9 +35,9 @@ qsizetype locationOfFirstNewlineBefore(const QString &text, qsizetype position)
 {
     position = qBound<qsizetype>(0, position, text.size());
     if (position == 0)
-        return ORVTextRange::kNotFound;
+        return ORVEditRange::kNotFound;
     const qsizetype nl = text.lastIndexOf(QLatin1Char('\n'), position - 1);
-    return nl < 0 ? ORVTextRange::kNotFound : nl;
+    return nl < 0 ? ORVEditRange::kNotFound : nl;
 }
 
 qsizetype locationOfFirstNonWhitespaceCharacterInLineBefore(const QString &text, qsizetype position)
@@ -47,7 +47,7 @@ qsizetype locationOfFirstNonWhitespaceCharacterInLineBefore(const QString &text,
         if (!isLineSpace(text.at(i)))
             return i;
     }
-    return ORVTextRange::kNotFound;
+    return ORVEditRange::kNotFound;
 }
 
 bool isBlankLine(QStringView line)

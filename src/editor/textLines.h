@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/ORVTextRange.h"
+#include "editor/ORVEditRange.h"
 
 #include <QString>
 
@@ -11,7 +11,7 @@ namespace orvtext {
 // The whole lines that `range` touches, with the line end of the last one
 // when it has one. A range that ends right after a "\n" does not take in the
 // line that follows; an empty range takes the line it stands in.
-ORVTextRange lineRangeForRange(const QString &text, ORVTextRange range);
+ORVEditRange lineRangeForRange(const QString &text, ORVEditRange range);
 
 // Start of the line holding `position`.
 qsizetype lineStartBefore(const QString &text, qsizetype position);

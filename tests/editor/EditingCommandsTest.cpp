@@ -31,7 +31,7 @@ void backspace(ORVMDTextCommands &c)
 {
     if (c.checkIsDeleteCharactsInOrderListAndIsDoDelelte(true))
         return;
-    ORVTextRange r = c.buffer().selectedRange();
+    ORVEditRange r = c.buffer().selectedRange();
     if (r.isEmpty() && r.location > 0)
         r = {r.location - 1, 1};
     c.buffer().replaceCharactersInRange(r, QString());

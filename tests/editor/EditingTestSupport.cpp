@@ -20,7 +20,7 @@ ORVStringTextBuffer bufferFromMarked(const QString &marked)
 QString markedFromBuffer(const ORVTextBuffer &buffer)
 {
     QString text = buffer.string();
-    const ORVTextRange sel = buffer.selectedRange();
+    const ORVEditRange sel = buffer.selectedRange();
     if (sel.isEmpty())
         return text.insert(sel.location, QLatin1Char('|'));
     text.insert(sel.end(), QChar(0x00BB));

@@ -1,0 +1,112 @@
+#include "app/ORVTextEditBuffer.h"
+
+#include <QPlainTextEdit>
+#include <QTextDocument>
+
+namespace {
+
+QString plainFromDocumentText(QString text)
+{
+    // A document separates its blocks with U+2029; the editor's text uses "\n".
+    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    return text;
+}
+
+} // namespace
+
+ORVTextEditBuffer::ORVTextEditBuffer(QPlainTextEdit *edit, QObject *parent) : QObject(parent), m_edit(edit)
+{
+    attachToDocument();
+}
+
+void ORVTextEditBuffer::attachToDocument()
+{
+    disconnect(m_connection);
+    m_connection = connect(m_edit->document(), &QTextDocument::contentsChange, this,
+                           &ORVTextEditBuffer::documentContentsChange);
+    m_mirror = plainFromDocumentText(m_edit->document()->toRawText());
+}
+
+void ORVTextEditBuffer::resync()
+{
+    const qsizetype oldSize = m_mirror.size();
+    m_mirror = plainFromDocumentText(m_edit->document()->toRawText());
+    ++m_resyncs;
+    emit textEdited(0, oldSize, m_mirror);
+}
+
+void ORVTextEditBuffer::documentContentsChange(int from, int charsRemoved, int charsAdded)
+{
+    QTextDocument *doc = m_edit->document();
+    const qsizetype size = doc->characterCount() - 1;
+    // Reports may count the document's final separator; such a report, or
+    // one that does not add up, rebuilds the mirror.
+    if (from < 0 || from + charsRemoved > m_mirror.size() || from + charsAdded > size ||
+        m_mirror.size() - charsRemoved + charsAdded != size) {
+        resync();
+        return;
+    }
+    QString inserted;
+    if (charsAdded > 0) {
+        QTextCursor c(doc);
+        c.setPosition(from);
+        c.setPosition(from + charsAdded, QTextCursor::KeepAnchor);
+        inserted = plainFromDocumentText(c.selectedText());
+        if (inserted.size() != charsAdded) {
+            resync();
+            return;
+        }
+    }
+    m_mirror.replace(from, charsRemoved, inserted);
+    emit textEdited(from, charsRemoved, inserted);
+}
+
+ORVEditRange ORVTextEditBuffer::selectedRange() const
+{
+    const QTextCursor c = m_edit->textCursor();
+    const int lo = qMin(c.anchor(), c.position());
+    return {lo, qAbs(c.anchor() - c.position())};
+}
+
+void ORVTextEditBuffer::setSelectedRange(ORVEditRange range)
+{
+    const qsizetype size = m_mirror.size();
+    const qsizetype loc = qBound<qsizetype>(0, range.location, size);
+    const qsizetype end = qBound<qsizetype>(loc, range.location + qMax<qsizetype>(0, range.length), size);
+    QTextCursor c(m_edit->document());
+    c.setPosition(int(loc));
+    c.setPosition(int(end), QTextCursor::KeepAnchor);
+    m_edit->setTextCursor(c);
+}
+
+void ORVTextEditBuffer::replaceCharactersInRange(ORVEditRange range, const QString &text)
+{
+    const qsizetype size = m_mirror.size();
+    const qsizetype loc = qBound<qsizetype>(0, range.location, size);
+    const qsizetype end = qBound<qsizetype>(loc, range.location + qMax<qsizetype>(0, range.length), size);
+    QTextCursor c(m_edit->document());
+    c.setPosition(int(loc));
+    c.setPosition(int(end), QTextCursor::KeepAnchor);
+    if (m_groupDepth == 0)
+        c.beginEditBlock();
+    c.insertText(text);
+    if (m_groupDepth == 0)
+        c.endEditBlock();
+    m_edit->setTextCursor(c);
+}
+
+void ORVTextEditBuffer::beginUndoGrouping()
+{
+    if (m_groupDepth++ == 0) {
+        m_groupCursor = QTextCursor(m_edit->document());
+        m_groupCursor.beginEditBlock();
+    }
+}
+
+void ORVTextEditBuffer::endUndoGrouping()
+{
+    if (m_groupDepth == 0 || --m_groupDepth > 0)
+        return;
+    m_groupCursor.endEditBlock();
+    m_groupCursor = QTextCursor();
+}
