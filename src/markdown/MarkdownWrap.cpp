@@ -1,0 +1,299 @@
+#include "markdown/MarkdownWrap.h"
+
+#include "core/MyPreferences.h"
+#include "hoedown/document.h"
+#include "markdown/html.h"
+#include "markdown/html_overrides.h"
+
+#include <QRegularExpression>
+
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+// Full renders so far. Relaxed: only PDF ids read it, and PDF export renders
+// its documents one after the other.
+std::atomic<int> g_renderCounter{0};
+
+// The extensions of every render but the table only one; the autolink bit and
+// the math bits come on top.
+constexpr unsigned int kBaseExtensions = HOEDOWN_EXT_TABLES | HOEDOWN_EXT_FENCED_CODE | HOEDOWN_EXT_FOOTNOTES |
+                                         HOEDOWN_EXT_STRIKETHROUGH | HOEDOWN_EXT_UNDERLINE |
+                                         HOEDOWN_EXT_HIGHLIGHT | HOEDOWN_EXT_SUPERSCRIPT;
+static_assert(kBaseExtensions == 0x177);
+// The table of contents alone: every bit of a full render, autolink and math.
+constexpr unsigned int kTOCOnlyExtensions =
+    kBaseExtensions | HOEDOWN_EXT_AUTOLINK | HOEDOWN_EXT_MATH | HOEDOWN_EXT_MATH_EXPLICIT;
+static_assert(kTOCOnlyExtensions == 0x237F);
+
+// Headings up to this level get ids when the table of contents is on.
+constexpr int kTOCNestingLevel = 6;
+
+// Nesting is bounded only by the parser's own limit.
+constexpr size_t kMaxNesting = SIZE_MAX;
+
+// Growth unit of output buffers.
+constexpr size_t kOutputUnit = 64;
+
+QString fromBuffer(const hoedown_buffer *buf)
+{
+    // Read as a NUL-terminated string: a NUL in the text ends the result.
+    const void *nul = memchr(buf->data, 0, buf->size);
+    const size_t n = nul ? size_t(static_cast<const uint8_t *>(nul) - buf->data) : buf->size;
+    return QString::fromUtf8(reinterpret_cast<const char *>(buf->data), qsizetype(n));
+}
+
+// Whether the bytes hold "[TOC]" in any case, which every splice needs.
+bool holdsTOCMarker(const hoedown_buffer *buf)
+{
+    const uint8_t *p = buf->data;
+    const uint8_t *end = buf->data + buf->size;
+    while (p < end) {
+        p = static_cast<const uint8_t *>(memchr(p, '[', size_t(end - p)));
+        if (!p || end - p < 5)
+            return false;
+        if ((p[1] | 0x20) == 't' && (p[2] | 0x20) == 'o' && (p[3] | 0x20) == 'c' && p[4] == ']')
+            return true;
+        ++p;
+    }
+    return false;
+}
+
+// A replacement template as the platform's regular expressions read it:
+// "$0" is the whole match, "$n" a group (this pattern has none, so it is
+// empty), a backslash takes the next character as it is.
+QString expandTemplate(const QString &tpl, const QRegularExpressionMatch &match)
+{
+    QString out;
+    out.reserve(tpl.size());
+    for (qsizetype i = 0; i < tpl.size(); ++i) {
+        const QChar c = tpl.at(i);
+        if (c == QLatin1Char('\\')) {
+            if (i + 1 < tpl.size())
+                out += tpl.at(++i);
+            continue;
+        }
+        if (c == QLatin1Char('$') && i + 1 < tpl.size() && tpl.at(i + 1).isDigit()) {
+            const int group = tpl.at(++i).digitValue();
+            if (group <= match.lastCapturedIndex())
+                out += match.captured(group);
+            continue;
+        }
+        out += c;
+    }
+    return out;
+}
+
+QString spliceTOC(const QString &html, const QString &toc)
+{
+    static const QRegularExpression marker = [] {
+        QRegularExpression re(QStringLiteral("<p.*?>\\s*\\[TOC\\]\\s*</p>"),
+                              QRegularExpression::CaseInsensitiveOption |
+                                  QRegularExpression::UseUnicodePropertiesOption);
+        re.optimize();
+        return re;
+    }();
+    QRegularExpressionMatchIterator it = marker.globalMatch(html);
+    if (!it.hasNext())
+        return html;
+    QString out;
+    out.reserve(html.size() + toc.size());
+    qsizetype last = 0;
+    while (it.hasNext()) {
+        const QRegularExpressionMatch m = it.next();
+        out += QStringView(html).mid(last, m.capturedStart() - last);
+        out += expandTemplate(toc, m);
+        last = m.capturedEnd();
+    }
+    out += QStringView(html).mid(last);
+    return out;
+}
+
+// Renders bytes with a renderer; the caller frees the renderer.
+hoedown_buffer *renderWith(hoedown_renderer *renderer, unsigned int extensions, const QByteArray &utf8)
+{
+    hoedown_document *doc = hoedown_document_new(renderer, extensions, kMaxNesting);
+    hoedown_buffer *ob = hoedown_buffer_new(kOutputUnit);
+    hoedown_document_render(doc, ob, reinterpret_cast<const uint8_t *>(utf8.constData()), size_t(utf8.size()));
+    hoedown_document_free(doc);
+    return ob;
+}
+
+QString renderTOC(const QByteArray &utf8, unsigned int extensions, int renderType, int counter)
+{
+    hoedown_renderer *renderer = hoedown_html_toc_renderer_new(kTOCNestingLevel);
+    static_cast<hoedown_html_renderer_state *>(renderer->opaque)->render_counter = counter;
+    orvo_html_toc_apply_form(renderer, renderType);
+    hoedown_buffer *ob = renderWith(renderer, extensions, utf8);
+    const QString toc = fromBuffer(ob);
+    hoedown_buffer_free(ob);
+    hoedown_html_renderer_free(renderer);
+    return toc;
+}
+
+void copyInfo(unsigned int flags, ORVMarkdownToHTMLInfo *info)
+{
+    if (flags & HOEDOWN_HTML_SAW_FLOW_SEQ)
+        info->isChartOldFlowSeq = true;
+    if (flags & HOEDOWN_HTML_SAW_MERMAID)
+        info->isChartMermaid = true;
+    if (flags & HOEDOWN_HTML_SAW_PLANTUML)
+        info->isChartPlantUML = true;
+    if (flags & HOEDOWN_HTML_SAW_ECHARTS)
+        info->isChartECharts = true;
+    if (flags & HOEDOWN_HTML_SAW_GRAPH)
+        info->isChartVIZ = true;
+    if (flags & HOEDOWN_HTML_SAW_MATH)
+        info->isHaveLaTeX = true;
+    if (flags & HOEDOWN_HTML_SAW_CODE)
+        info->isHaveCodeBlock = true;
+}
+
+MarkdownWrap::Options preferenceOptions(MyPreferences *prefs)
+{
+    MarkdownWrap::Options o;
+    o.smartypants = prefs->isSmartypants();
+    o.toc = prefs->isRenderTOC();
+    o.replaceTOC = o.toc;
+    o.newlineToBR = prefs->isTranslateNewlineToBRtags();
+    o.isMath = prefs->isEnableMath();
+    return o;
+}
+
+} // namespace
+
+QString MarkdownWrap::markdownToHtml(const QString &markdown, const Options &options)
+{
+    const int counter = g_renderCounter.fetch_add(1, std::memory_order_relaxed) + 1;
+    MyPreferences *prefs = MyPreferences::sharedInstance();
+    const bool autolinkOff = prefs->isDisableAutolink();
+    const bool figures = prefs->isEnableImgTagToFigureTag();
+    const bool lineNumbers = prefs->isEnableCodeblockLineNumber();
+
+    // The PDF type falls back to plain on one toolkit version of another
+    // platform that cannot use the PDF ids; that version never occurs here.
+    const int type = options.renderType;
+
+    unsigned int extensions;
+    if (type == ORVRenderTypeTableOnly) {
+        extensions = HOEDOWN_EXT_TABLES;
+    } else {
+        extensions = kBaseExtensions;
+        if (!autolinkOff)
+            extensions |= HOEDOWN_EXT_AUTOLINK;
+        if (options.isMath)
+            extensions |= HOEDOWN_EXT_MATH | HOEDOWN_EXT_MATH_EXPLICIT;
+    }
+    unsigned int flags = HOEDOWN_HTML_USE_XHTML | HOEDOWN_HTML_USE_TASK_LIST;
+    if (lineNumbers)
+        flags |= HOEDOWN_HTML_LINE_NUMBERS;
+    if (options.newlineToBR)
+        flags |= HOEDOWN_HTML_HARD_WRAP;
+    if (type != ORVRenderTypeEvernote && (figures || type == ORVRenderTypeFigure))
+        flags |= HOEDOWN_HTML_FIGURE;
+
+    const QByteArray utf8 = markdown.toUtf8();
+
+    hoedown_renderer *renderer = hoedown_html_renderer_new(flags, options.toc ? kTOCNestingLevel : 0);
+    hoedown_html_renderer_state *state = static_cast<hoedown_html_renderer_state *>(renderer->opaque);
+    state->render_counter = counter;
+    orvo_html_apply_overrides(renderer, type, options.isMath);
+    hoedown_buffer *ob = renderWith(renderer, extensions, utf8);
+    if (options.info)
+        copyInfo(state->flags, options.info);
+    hoedown_html_renderer_free(renderer);
+
+    if (options.smartypants && type != ORVRenderTypeTableOnly) {
+        hoedown_buffer *typographic = hoedown_buffer_new(kOutputUnit);
+        hoedown_html_smartypants(typographic, ob->data, ob->size);
+        hoedown_buffer_free(ob);
+        ob = typographic;
+    }
+
+    // The table of contents is rendered only when someone reads it: the
+    // caller, or a "[TOC]" to replace.
+    const bool splice = options.toc && (options.replaceTOC || type == ORVRenderTypeEvernote) && holdsTOCMarker(ob);
+    QString html = fromBuffer(ob);
+    hoedown_buffer_free(ob);
+
+    if (options.toc && (options.tocString || splice)) {
+        QString toc = renderTOC(utf8, extensions, type, counter);
+        if (options.tocString)
+            *options.tocString = toc;
+        if (splice) {
+            if (type == ORVRenderTypeEvernote)
+                toc = QStringLiteral("<div class=\"orvo-toc\"><p>") + toc + QStringLiteral("</p></div>");
+            html = spliceTOC(html, toc);
+        }
+    }
+
+    if (type == ORVRenderTypeEvernote || type == ORVRenderTypeMathImage)
+        html = QStringLiteral("<div style=\"padding:8px;\">") + html + QStringLiteral("</div>");
+    return html;
+}
+
+QString MarkdownWrap::markdownToHtml(const QString &markdown)
+{
+    return markdownToHtmlSmartypants(markdown, true);
+}
+
+QString MarkdownWrap::markdownToHtmlSmartypants(const QString &markdown, bool smartypants)
+{
+    // The argument is not read: the preference decides, as it always has.
+    Q_UNUSED(smartypants);
+    return markdownToHtml(markdown, preferenceOptions(MyPreferences::sharedInstance()));
+}
+
+QString MarkdownWrap::markdownToHtmlRenderTypeInfo(const QString &markdown, int renderType, ORVMarkdownToHTMLInfo *info)
+{
+    Options o = preferenceOptions(MyPreferences::sharedInstance());
+    o.renderType = renderType;
+    o.info = info;
+    return markdownToHtml(markdown, o);
+}
+
+QString MarkdownWrap::markdownToEvernotehHtmlInfo(const QString &markdown, ORVMarkdownToHTMLInfo *info)
+{
+    return markdownToHtmlRenderTypeInfo(markdown, ORVRenderTypeEvernote, info);
+}
+
+QString MarkdownWrap::markdownToHtmlIsNewlineBRRenderTypeInfo(const QString &markdown, bool isNewlineBR,
+                                                               int renderType, ORVMarkdownToHTMLInfo *info)
+{
+    return markdownToHtmlIsNewlineBRIsTocRenderTypeInfo(markdown, isNewlineBR, true, renderType, info);
+}
+
+QString MarkdownWrap::markdownToHtmlIsNewlineBRIsTocRenderTypeInfo(const QString &markdown, bool isNewlineBR,
+                                                                    bool isToc, int renderType,
+                                                                    ORVMarkdownToHTMLInfo *info)
+{
+    Options o = preferenceOptions(MyPreferences::sharedInstance());
+    o.toc = o.replaceTOC = isToc;
+    o.newlineToBR = isNewlineBR;
+    o.renderType = renderType;
+    o.info = info;
+    return markdownToHtml(markdown, o);
+}
+
+QString MarkdownWrap::markdownToHtmlWithTOCIsNewlineBRToc(const QString &markdown, bool isNewlineBR, QString *toc)
+{
+    MyPreferences *prefs = MyPreferences::sharedInstance();
+    Options o = preferenceOptions(prefs);
+    o.toc = true;
+    o.replaceTOC = prefs->isRenderTOC();
+    o.newlineToBR = isNewlineBR;
+    o.tocString = toc;
+    return markdownToHtml(markdown, o);
+}
+
+QString MarkdownWrap::markdownToHtmlTOC(const QString &markdown)
+{
+    return renderTOC(markdown.toUtf8(), kTOCOnlyExtensions, ORVRenderTypePlain, renderCounter());
+}
+
+int MarkdownWrap::renderCounter()
+{
+    return g_renderCounter.load(std::memory_order_relaxed);
+}
