@@ -550,7 +550,7 @@ void split_row(hoedown_document *doc, const uint8_t *line, size_t size)
                 find_tick_runs(line, e, f.runs, f.scratch);
                 have_runs = true;
             }
-            const size_t close = tick_closer(f.runs, i + n, n);
+            const size_t close = tick_closer(f.runs, i, n);
             i = close == kNone ? i + n : close + n;
             continue;
         }

@@ -247,9 +247,9 @@ void find_brackets(const uint8_t *data, size_t size, pod_array<bracket_match> &o
 size_t bracket_at(const pod_array<bracket_match> &brackets, size_t pos);
 // Maximal backtick runs of a text, each linked to the next of its length.
 void find_tick_runs(const uint8_t *data, size_t size, pod_array<tick_run> &out, pod_array<size_t> &order);
-// The start of the first run of exactly `len` backticks at or after `from`,
-// kNone when there is none.
-size_t tick_closer(const pod_array<tick_run> &runs, size_t from, size_t len);
+// The closing run for an opening run of `len` backticks at `open`: the start
+// of the first later run of exactly that length, kNone when there is none.
+size_t tick_closer(const pod_array<tick_run> &runs, size_t open, size_t len);
 
 // Whether data[pos] is escaped by an odd run of backslashes before it (not
 // looking before data[0]).

@@ -80,7 +80,11 @@ size_t sp_amp(hoedown_buffer *ob, sp_state *st, uint8_t previous, const uint8_t 
             HTML_PUTSL(ob, "&quot;");
         return 5;
     }
-    // Text apostrophes arrive escaped by the renderer.
+    // Text apostrophes arrive escaped by the renderer; two make a double
+    // quote, as two plain ones do.
+    if (size >= 10 && memcmp(text, "&#39;&#39;", 10) == 0 &&
+        curl_quote(ob, previous, size >= 11 ? text[10] : 0, 'd', &st->in_dquote))
+        return 9;
     if (size >= 5 && memcmp(text, "&#39;", 5) == 0)
         return single_quote(ob, st, previous, text, size, 5);
     if (size >= 4 && memcmp(text, "&#0;", 4) == 0)
