@@ -73,26 +73,21 @@ void inline_frame::release()
     regions.release();
 }
 
-const link_ref *find_link_ref(const hoedown_document *doc, const uint8_t *id, size_t size)
+void id_buckets::reset()
 {
-    const uint32_t hash = hash_id(id, size);
-    for (uint32_t i = doc->ref_heads[hash & 7]; i; i = doc->refs[i - 1].next) {
-        // Ids are compared by hash alone: two ids with the same hash are the
-        // same id.
-        if (doc->refs[i - 1].id == hash)
-            return &doc->refs[i - 1];
-    }
-    return nullptr;
+    heads.clear();
+    for (int b = 0; b < 8; ++b)
+        heads.push(0);
+}
+
+const link_ref *find_link_ref(hoedown_document *doc, const uint8_t *id, size_t size)
+{
+    return doc->ref_buckets.find(doc->refs, hash_id(id, size));
 }
 
 footnote_def *find_footnote(hoedown_document *doc, const uint8_t *id, size_t size)
 {
-    const uint32_t hash = hash_id(id, size);
-    for (size_t i = 0; i < doc->fn_found.size; ++i) {
-        if (doc->fn_found[i].id == hash)
-            return &doc->fn_found[i];
-    }
-    return nullptr;
+    return doc->fn_buckets.find(doc->fn_found, hash_id(id, size));
 }
 
 } // namespace hoedown_detail
@@ -270,10 +265,8 @@ size_t take_link_ref(hoedown_document *doc, const uint8_t *data, size_t beg, siz
         ref.title_len = has_title ? title_e - title_b : 0;
         if (has_title)
             hoedown_buffer_put(&doc->defs, data + title_b, title_e - title_b);
-        const uint32_t bucket = ref.id & 7;
-        ref.next = doc->ref_heads[bucket];
         doc->refs.push(ref);
-        doc->ref_heads[bucket] = uint32_t(doc->refs.size);
+        doc->ref_buckets.add(doc->refs);
     }
     return end;
 }
@@ -330,15 +323,20 @@ size_t take_footnote_def(hoedown_document *doc, const uint8_t *data, size_t beg,
         cur = end = line.next;
     }
     fn.len = doc->defs.size - fn.off;
-    doc->fn_found.push(fn);
+    // The first definition of an id wins; a later one is consumed unseen.
+    if (!doc->fn_buckets.find(doc->fn_found, fn.id)) {
+        doc->fn_found.push(fn);
+        doc->fn_buckets.add(doc->fn_found);
+    }
     return end;
 }
 
 void reset_definitions(hoedown_document *doc)
 {
-    memset(doc->ref_heads, 0, sizeof doc->ref_heads);
     doc->refs.clear();
+    doc->ref_buckets.reset();
     doc->fn_found.clear();
+    doc->fn_buckets.reset();
     doc->fn_used.clear();
     doc->defs.size = 0;
     doc->text.size = 0;
@@ -531,7 +529,9 @@ void hoedown_document_free(hoedown_document *doc)
     doc->table_aligns.release();
     doc->table_cells.release();
     doc->refs.release();
+    doc->ref_buckets.heads.release();
     doc->fn_found.release();
+    doc->fn_buckets.heads.release();
     doc->fn_used.release();
     hoedown_buffer_uninit(&doc->defs);
     hoedown_buffer_uninit(&doc->text);

@@ -447,20 +447,6 @@ size_t parse_htmlblock(hoedown_buffer *ob, hoedown_document *doc, uint8_t *data,
         return 0;
     }
 
-    // Where a blank line first follows the opening line; the elements whose
-    // text is never Markdown have none by rule.
-    size_t blank = size;
-    if (tag != kTagScript && tag != kTagPre && tag != kTagStyle) {
-        for (size_t k = first_len; k < size;) {
-            const size_t len = line_end(data + k, size - k);
-            if (is_empty(data + k, len)) {
-                blank = k;
-                break;
-            }
-            k += len;
-        }
-    }
-
     const char *name = kBlockTags[tag];
     size_t end = 0;
     size_t close = kNone;
@@ -487,6 +473,20 @@ size_t parse_htmlblock(hoedown_buffer *ob, hoedown_document *doc, uint8_t *data,
         return 0;
     }
 
+    // Where a blank line first follows the opening line; the elements whose
+    // text is never Markdown have none by rule. Only a block that closes
+    // needs it, and only up to its end.
+    size_t blank = size;
+    if (tag != kTagScript && tag != kTagPre && tag != kTagStyle) {
+        for (size_t k = first_len; k < end;) {
+            const size_t len = line_end(data + k, size - k);
+            if (is_empty(data + k, len)) {
+                blank = k;
+                break;
+            }
+            k += len;
+        }
+    }
     const size_t width = strlen(name) + 3;
     if (blank + width < end && blank < close) {
         // A blank line after the opening line: the inside is Markdown.

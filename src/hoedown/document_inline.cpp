@@ -997,7 +997,9 @@ size_t char_autolink_url(hoedown_buffer *ob, hoedown_document *doc, inline_frame
     if (!rewind)
         return 0;
     const uint8_t *start = data - rewind;
-    if (!is_safe_prefix(start, size + rewind))
+    // The domain first: it is short, while the link may run to the end of
+    // a long line.
+    if (!is_safe_prefix(start, size + rewind) || !check_domain(data + 3, size - 3))
         return 0;
     size_t end = 3;
     while (end < size && !is_ws(data[end]) && data[end] != '<')

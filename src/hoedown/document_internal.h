@@ -17,13 +17,15 @@ namespace hoedown_detail {
 enum { BUFFER_BLOCK = 0, BUFFER_SPAN = 1 };
 
 // Work buffers in use beyond which the parser stops recursing whatever the
-// caller's max_nesting says. Each level of nesting costs one work buffer and
-// a few hundred bytes of C stack (a few kilobytes under AddressSanitizer), so
-// 384 levels stay far below the 8 MB of a default thread stack, while real
-// documents stay far below the limit: a list item in a quote in a list uses
-// four or five buffers. Text past the limit is written as plain text, so it
-// is never lost.
-constexpr size_t kMaxWorkBuffers = 384;
+// caller's max_nesting says. Each level of nesting costs one work buffer, a
+// few hundred bytes of C stack (a few kilobytes under AddressSanitizer) and,
+// since every level's buffer holds the rendering of all it contains, memory
+// for one more copy of that rendering. Real documents stay far below the
+// limit (a paragraph in a list item in a quote in a list takes five or six
+// buffers), while 128 levels keep both the stack and the copies small for
+// any input. Text past the limit is written as plain text, so it is never
+// lost.
+constexpr size_t kMaxWorkBuffers = 128;
 
 constexpr size_t kNone = SIZE_MAX;
 
@@ -73,13 +75,59 @@ struct link_ref {
     bool has_title;
 };
 
-// A footnote definition: id hash, its body in the definition arena, and the
-// number it got at its first use (0 while unused).
+// A footnote definition: id hash, its body in the definition arena, the
+// number it got at its first use (0 while unused), and the next record of its
+// hash bucket.
 struct footnote_def {
     uint32_t id;
+    uint32_t next;
     bool used;
     unsigned int num;
     size_t off, len;
+};
+
+// Hash buckets over records that carry their id hash and a `next` link
+// (record index + 1, 0 at the end of a chain). A render starts with 8
+// buckets, the bucket being the low 3 bits of the hash; a document with many
+// definitions doubles the table as it fills, so that a lookup stays short.
+struct id_buckets {
+    pod_array<uint32_t> heads;
+
+    void reset();
+    template <class Record> Record *find(pod_array<Record> &records, uint32_t id) const
+    {
+        for (uint32_t i = heads[id & (heads.size - 1)]; i; i = records[i - 1].next) {
+            // Ids are compared by hash alone: two ids with the same hash are
+            // the same id.
+            if (records[i - 1].id == id)
+                return &records[i - 1];
+        }
+        return nullptr;
+    }
+    // Links the last record of `records` into its bucket.
+    template <class Record> void add(pod_array<Record> &records)
+    {
+        if (records.size > 2 * heads.size) {
+            // Double the buckets and relink every record.
+            const size_t n = heads.size * 2;
+            heads.clear();
+            heads.reserve(n);
+            for (size_t b = 0; b < n; ++b)
+                heads.push(0);
+            for (size_t i = records.size; i-- > 0;)
+                link(records, i);
+            return;
+        }
+        link(records, records.size - 1);
+    }
+
+private:
+    template <class Record> void link(pod_array<Record> &records, size_t i)
+    {
+        uint32_t &head = heads[records[i].id & (heads.size - 1)];
+        records[i].next = head;
+        head = uint32_t(i + 1);
+    }
 };
 
 // A span of the inline text that the closing search of emphasis jumps over:
@@ -188,12 +236,13 @@ struct hoedown_document {
     hoedown_renderer md;
     hoedown_renderer_data data;
 
-    // Link references: 8 hash buckets of chains through `refs`.
-    uint32_t ref_heads[8];
+    // Link references, and their hash buckets.
     hoedown_detail::pod_array<hoedown_detail::link_ref> refs;
-    // Footnotes: every definition in order, and the used ones in order of
-    // first use (indices into fn_found).
+    hoedown_detail::id_buckets ref_buckets;
+    // Footnotes: every definition in order with its hash buckets, and the
+    // used ones in order of first use (indices into fn_found).
     hoedown_detail::pod_array<hoedown_detail::footnote_def> fn_found;
+    hoedown_detail::id_buckets fn_buckets;
     hoedown_detail::pod_array<uint32_t> fn_used;
     // Reference links and titles and footnote bodies, normalised.
     hoedown_buffer defs;
@@ -262,7 +311,7 @@ inline bool is_escaped(const uint8_t *data, size_t pos)
 }
 
 // Footnotes and references of the render in progress.
-const link_ref *find_link_ref(const hoedown_document *doc, const uint8_t *id, size_t size);
+const link_ref *find_link_ref(hoedown_document *doc, const uint8_t *id, size_t size);
 footnote_def *find_footnote(hoedown_document *doc, const uint8_t *id, size_t size);
 
 // Line tests shared by the first pass and block parsing. Each looks at the
