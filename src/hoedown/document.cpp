@@ -434,13 +434,15 @@ hoedown_document *hoedown_document_new(const hoedown_renderer *renderer, unsigne
 
 void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const uint8_t *data, size_t size)
 {
+    if (!data)
+        size = 0;
     reset_definitions(doc);
     hoedown_buffer_grow(&doc->text, size + size / 16 + 2);
 
     size_t beg = 0;
     if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
         beg = 3;
-    const bool has_cr = memchr(data + beg, '\r', size - beg) != nullptr;
+    const bool has_cr = size > beg && memchr(data + beg, '\r', size - beg) != nullptr;
     const bool fenced = doc->ext_flags & HOEDOWN_EXT_FENCED_CODE;
     const bool footnotes = doc->ext_flags & HOEDOWN_EXT_FOOTNOTES;
     bool in_fence = false;
@@ -487,12 +489,14 @@ void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const ui
 void hoedown_document_render_inline(hoedown_document *doc, hoedown_buffer *ob, const uint8_t *data,
                                     size_t size)
 {
+    if (!data)
+        size = 0;
     reset_definitions(doc);
     hoedown_buffer_grow(&doc->text, size + size / 16 + 2);
     size_t beg = 0;
     if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
         beg = 3;
-    const bool has_cr = memchr(data + beg, '\r', size - beg) != nullptr;
+    const bool has_cr = size > beg && memchr(data + beg, '\r', size - beg) != nullptr;
     while (beg < size) {
         const raw_line line = raw_line_at(data, beg, size, has_cr);
         copy_line(&doc->text, data + beg, line.eol - beg);

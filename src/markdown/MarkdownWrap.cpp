@@ -39,6 +39,8 @@ constexpr size_t kOutputUnit = 64;
 
 QString fromBuffer(const hoedown_buffer *buf)
 {
+    if (!buf->size)
+        return QString();
     // Read as a NUL-terminated string: a NUL in the text ends the result.
     const void *nul = memchr(buf->data, 0, buf->size);
     const size_t n = nul ? size_t(static_cast<const uint8_t *>(nul) - buf->data) : buf->size;
