@@ -429,6 +429,13 @@ hoedown_document *hoedown_document_new(const hoedown_renderer *renderer, unsigne
         ac['"'] = MD_CHAR_QUOTE;
     if (extensions & HOEDOWN_EXT_MATH)
         ac['$'] = MD_CHAR_MATH;
+    for (int c = 0; c < 256; ++c) {
+        if (!ac[c])
+            continue;
+        if (doc->active_count < sizeof doc->active_list)
+            doc->active_list[doc->active_count] = uint8_t(c);
+        doc->active_count++;
+    }
     return doc;
 }
 
@@ -443,6 +450,14 @@ void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const ui
     if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
         beg = 3;
     const bool has_cr = size > beg && memchr(data + beg, '\r', size - beg) != nullptr;
+    const bool has_tab = size > beg && memchr(data + beg, '\t', size - beg) != nullptr;
+    // Without CR and tabs, lines are copied as they are: runs of them go in
+    // one piece, cut only where a definition is taken out.
+    const bool verbatim = !has_cr && !has_tab;
+    size_t run_b = beg;
+    const auto flush_run = [&](size_t run_e) {
+        hoedown_buffer_put(&doc->text, data + run_b, run_e - run_b);
+    };
     const bool fenced = doc->ext_flags & HOEDOWN_EXT_FENCED_CODE;
     const bool footnotes = doc->ext_flags & HOEDOWN_EXT_FOOTNOTES;
     bool in_fence = false;
@@ -465,13 +480,21 @@ void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const ui
                 if (!end)
                     end = take_link_ref(doc, data, beg, size, has_cr);
                 if (end) {
-                    beg = end;
+                    if (verbatim)
+                        flush_run(beg);
+                    beg = run_b = end;
                     continue;
                 }
             }
         }
-        copy_line(&doc->text, data + beg, line.eol - beg);
+        if (!verbatim)
+            copy_line(&doc->text, data + beg, line.eol - beg);
         beg = line.next;
+    }
+    if (verbatim) {
+        flush_run(size);
+        if (doc->text.size && doc->text.data[doc->text.size - 1] != '\n')
+            hoedown_buffer_putc(&doc->text, '\n');
     }
     // Every copied line ends in a newline, so block parsing always sees a
     // text that ends in one.

@@ -848,10 +848,14 @@ bool interrupts_paragraph(const hoedown_document *doc, const uint8_t *line, size
         return true;
     if (is_digit(c) && size > 2 && line[1] == '.' && line[2] == ' ')
         return true;
-    fence_info fi;
-    if ((doc->ext_flags & HOEDOWN_EXT_FENCED_CODE) && (c == '`' || c == '~' || c == ' ') &&
-        is_codefence(line, size, true, &fi))
-        return true;
+    if (doc->ext_flags & HOEDOWN_EXT_FENCED_CODE) {
+        size_t k = 0;
+        while (k < 3 && k < size && line[k] == ' ')
+            ++k;
+        fence_info fi;
+        if (k < size && (line[k] == '`' || line[k] == '~') && is_codefence(line, size, true, &fi))
+            return true;
+    }
     if (c == '#' && is_atxheader(doc, line, size))
         return true;
     return is_hrule(line, size) || prefix_quote(line, size);

@@ -13,6 +13,10 @@
 #include <new>
 #include <strings.h>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 using namespace hoedown_detail;
 
 namespace hoedown_detail {
@@ -170,6 +174,67 @@ void ensure_runs(inline_frame &f)
     }
 }
 
+// Matches are first looked for directly: most brackets and code spans close
+// within a few words. A search that runs past this many bytes turns to the
+// text's tables instead, so that no mark costs more than this and the tables
+// are only computed for texts that need them.
+constexpr size_t kDirectScan = 512;
+
+// The match of the '[' or '(' at pos (nesting and escapes honoured), kNone
+// when it has none.
+size_t match_of(inline_frame &f, size_t pos)
+{
+    const uint8_t *base = f.base;
+    const uint8_t open = base[pos], close = open == '[' ? ']' : ')';
+    const size_t limit = pos + kDirectScan < f.size ? pos + kDirectScan : f.size;
+    size_t level = 0;
+    size_t i = pos + 1;
+    for (; i < limit; ++i) {
+        const uint8_t c = base[i];
+        if (c == '\\') {
+            ++i;
+        } else if (c == open) {
+            ++level;
+        } else if (c == close) {
+            if (level == 0)
+                return i;
+            --level;
+        }
+    }
+    if (i >= f.size)
+        return kNone;
+    ensure_brackets(f);
+    return bracket_at(f.brackets, pos);
+}
+
+// The closing run of an opening run of `len` backticks at `open`, kNone when
+// there is none.
+size_t code_closer(inline_frame &f, size_t open, size_t len)
+{
+    const uint8_t *base = f.base;
+    const size_t limit = open + len + kDirectScan < f.size ? open + len + kDirectScan : f.size;
+    size_t i = open + len;
+    while (i < limit) {
+        const void *p = memchr(base + i, '`', limit - i);
+        if (!p) {
+            if (limit == f.size)
+                return kNone;
+            break;
+        }
+        const size_t s = size_t(static_cast<const uint8_t *>(p) - base);
+        size_t e = s;
+        while (e < f.size && base[e] == '`')
+            ++e;
+        if (e - s == len)
+            return s;
+        i = e;
+    }
+    if (i >= f.size)
+        return kNone;
+    ensure_runs(f);
+    return tick_closer(f.runs, open, len);
+}
+
 // Code spans and links with their destination or reference, which the
 // closing search of emphasis jumps over, as seen from the text's start.
 void ensure_regions(inline_frame &f)
@@ -264,8 +329,7 @@ size_t char_codespan(hoedown_buffer *ob, hoedown_document *doc, inline_frame &f,
     size_t nb = 0;
     while (offset + nb < f.size && base[offset + nb] == '`')
         ++nb;
-    ensure_runs(f);
-    const size_t close = tick_closer(f.runs, offset, nb);
+    const size_t close = code_closer(f, offset, nb);
     if (close == kNone) {
         // No closing run: the whole opening run stays text.
         put_plain(ob, doc, base + offset, nb);
@@ -409,8 +473,7 @@ size_t char_superscript(hoedown_buffer *ob, hoedown_document *doc, inline_frame 
         return 0;
     size_t sb, se, consumed;
     if (base[offset + 1] == '(') {
-        ensure_brackets(f);
-        const size_t close = bracket_at(f.brackets, offset + 1);
+        const size_t close = match_of(f, offset + 1);
         if (close == kNone)
             return 0;
         sb = offset + 2;
@@ -505,12 +568,40 @@ int mark_index(uint8_t c)
 // Except for a single '_', a closer must not follow a space or a newline and,
 // with the intra-word bit, not precede a letter or digit. Returns the run's
 // start, or kNone.
+// Whether the run of r marks at q closes an opening run of `width`:
+//  - width 1: a run of exactly one mark. For '_' any single underscore will
+//    do here; the caller decides whether it closes or fails the span.
+//  - width 2: a run of exactly two.
+//  - width 3: a run of one to three (three closes, one or two fall back).
+// Except for a single '_', a closer must not follow a space or a newline and,
+// with the intra-word bit, not precede a letter or digit.
+bool is_closer(const hoedown_document *doc, const inline_frame &f, size_t q, size_t r, uint8_t c, int width)
+{
+    if (width == 1 && c == '_')
+        return r == 1;
+    if (q == 0 || is_space_or_nl(f.base[q - 1]))
+        return false;
+    if ((doc->ext_flags & HOEDOWN_EXT_NO_INTRA_EMPHASIS) && q + r < f.size && is_alnum(f.base[q + r]))
+        return false;
+    return width == 3 ? r <= 3 : r == size_t(width);
+}
+
+inline size_t run_length(const inline_frame &f, size_t q, uint8_t c)
+{
+    size_t r = 1;
+    while (q + r < f.size && f.base[q + r] == c)
+        ++r;
+    return r;
+}
+
+// The first closing run of mark c at or after `from` (see is_closer),
+// skipping code spans, links and escaped marks, using the text's regions.
+// Returns the run's start, or kNone.
 size_t scan_closer(const hoedown_document *doc, inline_frame &f, size_t from, uint8_t c, int width)
 {
     ensure_regions(f);
     const uint8_t *base = f.base;
     const size_t size = f.size;
-    const bool no_intra = doc->ext_flags & HOEDOWN_EXT_NO_INTRA_EMPHASIS;
     // The first region at or after `from`.
     size_t k = 0, hi = f.regions.size;
     while (k < hi) {
@@ -535,32 +626,62 @@ size_t scan_closer(const hoedown_document *doc, inline_frame &f, size_t from, ui
             pos = q + 1;
             continue;
         }
-        size_t r = 1;
-        while (q + r < size && base[q + r] == c)
-            ++r;
-        pos = q + r;
-        if (width == 1 && c == '_') {
-            if (r == 1)
-                return q;
-            continue;
-        }
-        if (q == 0 || is_space_or_nl(base[q - 1]))
-            continue;
-        if (no_intra && q + r < size && is_alnum(base[q + r]))
-            continue;
-        if (width == 3 ? r <= 3 : r == size_t(width))
+        const size_t r = run_length(f, q, c);
+        if (is_closer(doc, f, q, r, c, width))
             return q;
+        pos = q + r;
     }
     return kNone;
 }
 
-// scan_closer with the frame's cache: queries of one text come in
-// increasing order, so each (mark, width) pair scans the text at most once.
+// The same search walking the text directly, for as long as kDirectScan
+// allows: kNone when the text ends first, kUnknown when the budget does.
+constexpr size_t kUnknown = kNone - 1;
+size_t direct_closer(const hoedown_document *doc, inline_frame &f, size_t from, uint8_t c, int width)
+{
+    const uint8_t *base = f.base;
+    const size_t size = f.size;
+    const size_t limit = from + 2 * kDirectScan < size ? from + 2 * kDirectScan : size;
+    size_t pos = from;
+    while (pos < limit) {
+        const uint8_t b = base[pos];
+        if (b == c) {
+            const size_t r = run_length(f, pos, c);
+            if (is_closer(doc, f, pos, r, c, width))
+                return pos;
+            pos += r;
+        } else if (b == '\\') {
+            pos += 2;
+        } else if (b == '`') {
+            size_t n = 1;
+            while (pos + n < size && base[pos + n] == '`')
+                ++n;
+            const size_t close = code_closer(f, pos, n);
+            pos = close == kNone ? pos + n : close + n;
+        } else if (b == '[') {
+            const size_t m = match_of(f, pos);
+            size_t e = kNone;
+            if (m != kNone && m + 1 < size && (base[m + 1] == '(' || base[m + 1] == '['))
+                e = match_of(f, m + 1);
+            pos = e == kNone ? pos + 1 : e + 1;
+        } else {
+            ++pos;
+        }
+    }
+    return pos >= size ? kNone : kUnknown;
+}
+
+// The closer search: directly for nearby closers, otherwise through the
+// frame's cache. Queries of one text come in increasing order, so each
+// (mark, width) pair scans the text at most once.
 size_t find_closer(const hoedown_document *doc, inline_frame &f, size_t from, uint8_t c, int width)
 {
     inline_frame::closer_cache &cache = f.closers[mark_index(c)][width - 1];
     if (cache.from != kNone && cache.from <= from && (cache.answer == kNone || from <= cache.answer))
         return cache.answer;
+    const size_t direct = direct_closer(doc, f, from, c, width);
+    if (direct != kUnknown)
+        return direct;
     const size_t answer = scan_closer(doc, f, from, c, width);
     cache = {from, answer};
     return answer;
@@ -686,8 +807,7 @@ size_t parse_link(hoedown_buffer *ob, hoedown_document *doc, inline_frame &f, si
     const hoedown_renderer &md = doc->md;
 
     if (!is_img && (doc->ext_flags & HOEDOWN_EXT_FOOTNOTES) && p + 1 < size && base[p + 1] == '^') {
-        ensure_brackets(f);
-        const size_t m = bracket_at(f.brackets, p);
+        const size_t m = match_of(f, p);
         if (m == kNone || m <= p + 2)
             return 0;
         footnote_def *fn = find_footnote(doc, base + p + 2, m - p - 2);
@@ -707,8 +827,7 @@ size_t parse_link(hoedown_buffer *ob, hoedown_document *doc, inline_frame &f, si
 
     if (is_img ? !md.image : !md.link)
         return 0;
-    ensure_brackets(f);
-    const size_t txt_e = bracket_at(f.brackets, p);
+    const size_t txt_e = match_of(f, p);
     if (txt_e == kNone)
         return 0;
     const size_t txt_b = p + 1;
@@ -721,7 +840,7 @@ size_t parse_link(hoedown_buffer *ob, hoedown_document *doc, inline_frame &f, si
     if (i < size && base[i] == '(') {
         // An inline link: destination and optional title up to the matching
         // parenthesis.
-        const size_t pc = bracket_at(f.brackets, i);
+        const size_t pc = match_of(f, i);
         if (pc == kNone)
             return 0;
         size_t link_b = i + 1;
@@ -761,7 +880,7 @@ size_t parse_link(hoedown_buffer *ob, hoedown_document *doc, inline_frame &f, si
         size_t id_n = txt_e - txt_b;
         if (i < size && base[i] == '[') {
             // A reference link; an empty id is the link text.
-            const size_t id_e = bracket_at(f.brackets, i);
+            const size_t id_e = match_of(f, i);
             if (id_e == kNone)
                 return 0;
             if (id_e > i + 1) {
@@ -1093,6 +1212,73 @@ const char_handler kHandlers[MD_CHAR_COUNT] = {
 
 // --- the inline loop ---------------------------------------------------------------
 
+namespace {
+
+// Active bytes whose handler would refuse at once, told from their
+// neighbours: the run of text goes on through them instead of being cut for
+// a call that does nothing. Each test is the handler's own first refusal.
+inline bool cannot_start(const hoedown_document *doc, const uint8_t *data, size_t i, size_t size)
+{
+    const uint8_t c = data[i];
+    switch (c) {
+    case '\n': // a line break needs two spaces before it
+        return i < 2 || data[i - 1] != ' ' || data[i - 2] != ' ';
+    case 'w': // "www." after a boundary
+        return i + 4 >= size || data[i + 1] != 'w' || data[i + 2] != 'w' || data[i + 3] != '.' ||
+               (i > 0 && !is_ws(data[i - 1]) && !is_punct(data[i - 1]));
+    case ':': // "://"
+        return i + 3 >= size || data[i + 1] != '/' || data[i + 2] != '/' || i == 0 || !is_alpha(data[i - 1]);
+    case '@': // an address character on each side
+        return i == 0 || i + 1 >= size ||
+               (!is_alnum(data[i - 1]) && data[i - 1] != '.' && data[i - 1] != '_' && data[i - 1] != '-' &&
+                data[i - 1] != '+');
+    case '_': // the underscore rule
+        return i > 0 && !is_space_or_nl(data[i - 1]);
+    case '~':
+    case '=': // never alone
+        return i + 1 >= size || data[i + 1] != c;
+    case '!': // an image
+        return i + 1 >= size || data[i + 1] != '[';
+    case '&': // an entity
+        return i + 1 >= size || (data[i + 1] != '#' && !is_alnum(data[i + 1]));
+    case '$': // math: "$$", or "$" when it is explicit
+        return i + 1 >= size || (data[i + 1] != '$' && !(doc->ext_flags & HOEDOWN_EXT_MATH_EXPLICIT));
+    default:
+        return false;
+    }
+}
+
+// The first active byte at or after i, or size.
+size_t next_active(const hoedown_document *doc, const uint8_t *data, size_t i, size_t size)
+{
+#ifdef __SSE2__
+    // Sixteen bytes at a time against each active byte: text runs are long
+    // and active bytes rare, so this beats a table lookup per byte.
+    const size_t n = doc->active_count;
+    if (n <= sizeof doc->active_list) {
+        __m128i set[sizeof doc->active_list];
+        for (size_t k = 0; k < n; ++k)
+            set[k] = _mm_set1_epi8(char(doc->active_list[k]));
+        while (i + 16 <= size) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + i));
+            __m128i hit = _mm_setzero_si128();
+            for (size_t k = 0; k < n; ++k)
+                hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, set[k]));
+            const int mask = _mm_movemask_epi8(hit);
+            if (mask)
+                return i + size_t(__builtin_ctz(unsigned(mask)));
+            i += 16;
+        }
+    }
+#endif
+    const uint8_t *active = doc->active_char;
+    while (i < size && !active[data[i]])
+        ++i;
+    return i;
+}
+
+} // namespace
+
 namespace hoedown_detail {
 
 void parse_inline(hoedown_buffer *ob, hoedown_document *doc, const uint8_t *data, size_t size)
@@ -1114,8 +1300,12 @@ void parse_inline(hoedown_buffer *ob, hoedown_document *doc, const uint8_t *data
     const uint8_t *active = doc->active_char;
     size_t i = 0, end = 0;
     while (i < size) {
-        while (end < size && !active[data[end]])
+        for (;;) {
+            end = next_active(doc, data, end, size);
+            if (end >= size || !cannot_start(doc, data, end, size))
+                break;
             ++end;
+        }
         if (end > i)
             put_plain(ob, doc, data + i, end - i);
         if (end >= size)

@@ -5,6 +5,10 @@
 #include <cstring>
 #include <new>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 using namespace hoedown_html;
 
 namespace {
@@ -43,6 +47,33 @@ constexpr href_safe_table kHrefSafe;
 
 } // namespace
 
+namespace {
+
+// The offset of the first byte at or after i that needs an entity, or size.
+inline size_t next_html_special(const uint8_t *data, size_t i, size_t size)
+{
+#ifdef __SSE2__
+    // Sixteen bytes at a time: most text has no special byte at all.
+    const __m128i quot = _mm_set1_epi8('"'), amp = _mm_set1_epi8('&'), apos = _mm_set1_epi8('\''),
+                  lt = _mm_set1_epi8('<'), gt = _mm_set1_epi8('>');
+    while (i + 16 <= size) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + i));
+        const __m128i hit = _mm_or_si128(
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, quot), _mm_cmpeq_epi8(v, amp)), _mm_cmpeq_epi8(v, apos)),
+            _mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, gt)));
+        const int mask = _mm_movemask_epi8(hit);
+        if (mask)
+            return i + size_t(__builtin_ctz(unsigned(mask)));
+        i += 16;
+    }
+#endif
+    while (i < size && !kHtmlEscape.v[data[i]])
+        ++i;
+    return i;
+}
+
+} // namespace
+
 void hoedown_escape_html(hoedown_buffer *ob, const uint8_t *data, size_t size)
 {
     // Most text needs no entity: make room once and copy runs.
@@ -50,8 +81,7 @@ void hoedown_escape_html(hoedown_buffer *ob, const uint8_t *data, size_t size)
     size_t i = 0;
     for (;;) {
         const size_t org = i;
-        while (i < size && !kHtmlEscape.v[data[i]])
-            ++i;
+        i = next_html_special(data, i, size);
         if (i > org) {
             if (ob->size + (i - org) > ob->asize)
                 hoedown_buffer_grow(ob, ob->size + (i - org));
@@ -317,8 +347,8 @@ void rndr_paragraph(hoedown_buffer *ob, const hoedown_buffer *content, const hoe
     if (st->flags & HOEDOWN_HTML_HARD_WRAP) {
         while (i < size) {
             const size_t org = i;
-            while (i < size && d[i] != '\n')
-                ++i;
+            const void *nl = memchr(d + i, '\n', size - i);
+            i = nl ? size_t(static_cast<const uint8_t *>(nl) - d) : size;
             hoedown_buffer_put(ob, d + org, i - org);
             // No break after the last line.
             if (i + 1 >= size)

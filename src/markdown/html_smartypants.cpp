@@ -195,16 +195,46 @@ size_t sp_escape(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, s
 }
 
 // Elements whose text is never typographic.
-const char *const kSkipTags[] = {"pre", "code", "var", "samp", "kbd", "math", "script", "style"};
-
-// Whether text (after '<' or "</") names `tag`, ending at a space, '>' or '/'.
+// Whether text (after '<' or "</") names `tag` (lower case), ending at a
+// space, '>' or '/'.
 bool names_tag(const uint8_t *text, size_t size, const char *tag)
 {
-    const size_t n = strlen(tag);
-    if (size <= n || strncasecmp(reinterpret_cast<const char *>(text), tag, n) != 0)
+    size_t n = 0;
+    for (; tag[n]; ++n) {
+        if (n >= size || (text[n] | 0x20) != uint8_t(tag[n]))
+            return false;
+    }
+    if (n >= size)
         return false;
     const uint8_t c = text[n];
     return c == '>' || c == '/' || is_space(c);
+}
+
+// The skip element a tag opens, or null.
+const char *skip_tag(const uint8_t *name, size_t size)
+{
+    if (!size)
+        return nullptr;
+    // Most tags are none of them: tell by the first letter.
+    switch (name[0] | 0x20) {
+    case 'p':
+        return names_tag(name, size, "pre") ? "pre" : nullptr;
+    case 'c':
+        return names_tag(name, size, "code") ? "code" : nullptr;
+    case 'v':
+        return names_tag(name, size, "var") ? "var" : nullptr;
+    case 's':
+        return names_tag(name, size, "samp") ? "samp"
+             : names_tag(name, size, "script") ? "script"
+             : names_tag(name, size, "style") ? "style"
+                                               : nullptr;
+    case 'k':
+        return names_tag(name, size, "kbd") ? "kbd" : nullptr;
+    case 'm':
+        return names_tag(name, size, "math") ? "math" : nullptr;
+    default:
+        return nullptr;
+    }
 }
 
 size_t sp_tag(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size_t size)
@@ -224,9 +254,7 @@ size_t sp_tag(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size
         return 0;
     }
     size_t end = size_t(static_cast<const uint8_t *>(gt) - text) + 1;
-    for (const char *tag : kSkipTags) {
-        if (!names_tag(text + 1, size - 1, tag))
-            continue;
+    if (const char *tag = skip_tag(text + 1, size - 1)) {
         // Copy through the closing tag.
         size_t i = end;
         for (;;) {
@@ -243,7 +271,6 @@ size_t sp_tag(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size
             }
             ++i;
         }
-        break;
     }
     hoedown_buffer_put(ob, text, end);
     return end - 1;
