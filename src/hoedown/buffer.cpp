@@ -89,28 +89,9 @@ void hoedown_buffer_grow(hoedown_buffer *buf, size_t neosz)
     buf->asize = neoasz;
 }
 
-void hoedown_buffer_put(hoedown_buffer *buf, const uint8_t *data, size_t size)
-{
-    assert(buf && buf->unit);
-    if (!size)
-        return;
-    if (buf->size + size > buf->asize)
-        hoedown_buffer_grow(buf, buf->size + size);
-    memcpy(buf->data + buf->size, data, size);
-    buf->size += size;
-}
-
 void hoedown_buffer_puts(hoedown_buffer *buf, const char *str)
 {
     hoedown_buffer_put(buf, reinterpret_cast<const uint8_t *>(str), strlen(str));
-}
-
-void hoedown_buffer_putc(hoedown_buffer *buf, uint8_t c)
-{
-    assert(buf && buf->unit);
-    if (buf->size >= buf->asize)
-        hoedown_buffer_grow(buf, buf->size + 1);
-    buf->data[buf->size++] = c;
 }
 
 void hoedown_buffer_set(hoedown_buffer *buf, const uint8_t *data, size_t size)

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 struct hoedown_buffer {
     uint8_t *data; // the bytes, or null while nothing was ever written
@@ -32,9 +33,25 @@ void hoedown_buffer_reset(hoedown_buffer *buf);
 // Makes room for at least `neosz` bytes in total.
 void hoedown_buffer_grow(hoedown_buffer *buf, size_t neosz);
 
-void hoedown_buffer_put(hoedown_buffer *buf, const uint8_t *data, size_t size);
+// Appending is inline: renderers append many short pieces, and most fit in
+// the room the buffer already has.
+inline void hoedown_buffer_put(hoedown_buffer *buf, const uint8_t *data, size_t size)
+{
+    if (!size)
+        return;
+    if (buf->size + size > buf->asize)
+        hoedown_buffer_grow(buf, buf->size + size);
+    memcpy(buf->data + buf->size, data, size);
+    buf->size += size;
+}
 void hoedown_buffer_puts(hoedown_buffer *buf, const char *str);
-void hoedown_buffer_putc(hoedown_buffer *buf, uint8_t c);
+inline void hoedown_buffer_putc(hoedown_buffer *buf, uint8_t c)
+{
+    if (buf->size >= buf->asize)
+        hoedown_buffer_grow(buf, buf->size + 1);
+    buf->data[buf->size++] = c;
+}
+
 // Replaces the contents.
 void hoedown_buffer_set(hoedown_buffer *buf, const uint8_t *data, size_t size);
 // Appends formatted text (printf rules).

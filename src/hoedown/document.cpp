@@ -429,13 +429,6 @@ hoedown_document *hoedown_document_new(const hoedown_renderer *renderer, unsigne
         ac['"'] = MD_CHAR_QUOTE;
     if (extensions & HOEDOWN_EXT_MATH)
         ac['$'] = MD_CHAR_MATH;
-    for (int c = 0; c < 256; ++c) {
-        if (!ac[c])
-            continue;
-        if (doc->active_count < sizeof doc->active_list)
-            doc->active_list[doc->active_count] = uint8_t(c);
-        doc->active_count++;
-    }
     return doc;
 }
 

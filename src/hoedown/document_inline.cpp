@@ -13,10 +13,6 @@
 #include <new>
 #include <strings.h>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 using namespace hoedown_detail;
 
 namespace hoedown_detail {
@@ -1249,29 +1245,19 @@ inline bool cannot_start(const hoedown_document *doc, const uint8_t *data, size_
 }
 
 // The first active byte at or after i, or size.
-size_t next_active(const hoedown_document *doc, const uint8_t *data, size_t i, size_t size)
+inline size_t next_active(const uint8_t *active, const uint8_t *data, size_t i, size_t size)
 {
-#ifdef __SSE2__
-    // Sixteen bytes at a time against each active byte: text runs are long
-    // and active bytes rare, so this beats a table lookup per byte.
-    const size_t n = doc->active_count;
-    if (n <= sizeof doc->active_list) {
-        __m128i set[sizeof doc->active_list];
-        for (size_t k = 0; k < n; ++k)
-            set[k] = _mm_set1_epi8(char(doc->active_list[k]));
-        while (i + 16 <= size) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + i));
-            __m128i hit = _mm_setzero_si128();
-            for (size_t k = 0; k < n; ++k)
-                hit = _mm_or_si128(hit, _mm_cmpeq_epi8(v, set[k]));
-            const int mask = _mm_movemask_epi8(hit);
-            if (mask)
-                return i + size_t(__builtin_ctz(unsigned(mask)));
-            i += 16;
-        }
+    while (i + 4 <= size) {
+        if (active[data[i]])
+            return i;
+        if (active[data[i + 1]])
+            return i + 1;
+        if (active[data[i + 2]])
+            return i + 2;
+        if (active[data[i + 3]])
+            return i + 3;
+        i += 4;
     }
-#endif
-    const uint8_t *active = doc->active_char;
     while (i < size && !active[data[i]])
         ++i;
     return i;
@@ -1301,7 +1287,7 @@ void parse_inline(hoedown_buffer *ob, hoedown_document *doc, const uint8_t *data
     size_t i = 0, end = 0;
     while (i < size) {
         for (;;) {
-            end = next_active(doc, data, end, size);
+            end = next_active(active, data, end, size);
             if (end >= size || !cannot_start(doc, data, end, size))
                 break;
             ++end;

@@ -250,10 +250,6 @@ struct hoedown_document {
     hoedown_buffer text;
 
     uint8_t active_char[256];
-    // The active bytes as a list, for scanning many bytes at a time (unused
-    // when there are more than fit).
-    uint8_t active_list[24];
-    size_t active_count;
     unsigned int ext_flags;
     size_t max_nesting;
     int in_link_body;

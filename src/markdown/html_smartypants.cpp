@@ -1,21 +1,15 @@
 // Typographic replacement over rendered HTML.
 //
-// Runs of ordinary bytes are copied as they are; each of the characters
-// " & ' ( - . 1 3 < \ ` calls an action that writes its replacement or the
-// character itself and says how many more bytes it consumed. Quotes curl by
-// context: an opening quote needs a word boundary before it, a closing one a
-// word boundary after it.
+// Each of the characters " & ' ( - . 1 3 < \ ` calls an action, which may
+// replace it (and what follows) or leave it; everything else, and whatever
+// an action leaves, is copied as it is, in runs. Quotes curl by context: an
+// opening quote needs a word boundary before it, a closing one a word
+// boundary after it.
 #include "markdown/html_internal.h"
 
 #include <cstring>
-#include <strings.h>
 
 namespace {
-
-struct sp_state {
-    bool in_squote = false;
-    bool in_dquote = false;
-};
 
 inline bool is_space(uint8_t c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f' || c == '\v'; }
 inline bool is_punct(uint8_t c)
@@ -26,175 +20,173 @@ inline bool is_alpha(uint8_t c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z';
 inline bool is_alnum(uint8_t c) { return is_alpha(c) || (c >= '0' && c <= '9'); }
 inline bool word_boundary(uint8_t c) { return c == 0 || is_space(c) || is_punct(c); }
 
-// A curly quote built as "&[lr][ds]quo;" when the context allows it.
-bool curl_quote(hoedown_buffer *ob, uint8_t previous, uint8_t next, char kind, bool *is_open)
-{
-    if (*is_open && !word_boundary(next))
-        return false;
-    if (!*is_open && !word_boundary(previous))
-        return false;
-    char ent[8] = {'&', *is_open ? 'r' : 'l', kind, 'q', 'u', 'o', ';', 0};
-    hoedown_buffer_put(ob, reinterpret_cast<const uint8_t *>(ent), 7);
-    *is_open = !*is_open;
-    return true;
-}
+// One pass over the text: text[pending, i) is still to be copied.
+struct sp_pass {
+    hoedown_buffer *ob;
+    const uint8_t *text;
+    size_t size;
+    size_t pending;
+    bool in_squote = false;
+    bool in_dquote = false;
 
-typedef size_t (*sp_action)(hoedown_buffer *ob, sp_state *st, uint8_t previous, const uint8_t *text, size_t size);
+    uint8_t at(size_t i) const { return i < size ? text[i] : 0; }
+    uint8_t before(size_t i) const { return i > 0 ? text[i - 1] : 0; }
 
-// An apostrophe or single quote whose own form took `len` bytes; `next` is
-// the byte after it.
-size_t single_quote(hoedown_buffer *ob, sp_state *st, uint8_t previous, const uint8_t *text, size_t size,
-                    size_t len)
-{
-    const uint8_t next = size > len ? text[len] : 0;
-    // Inside a word it is an apostrophe.
-    if (is_alnum(previous) && is_alpha(next)) {
-        HTML_PUTSL(ob, "&rsquo;");
-        return len - 1;
+    // Replaces text[i, i + len) with `with`; returns len.
+    size_t replace(size_t i, size_t len, const char *with, size_t with_len)
+    {
+        hoedown_buffer_put(ob, text + pending, i - pending);
+        hoedown_buffer_put(ob, reinterpret_cast<const uint8_t *>(with), with_len);
+        pending = i + len;
+        return len;
     }
-    if (curl_quote(ob, previous, next, 's', &st->in_squote))
-        return len - 1;
-    hoedown_buffer_put(ob, text, len);
-    return len - 1;
-}
+    template <size_t N> size_t replace(size_t i, size_t len, const char (&with)[N])
+    {
+        return replace(i, len, with, N - 1);
+    }
 
-size_t sp_squote(hoedown_buffer *ob, sp_state *st, uint8_t previous, const uint8_t *text, size_t size)
+    // A curly quote for text[i, i + len) when the context allows it: an
+    // entity "&[lr][ds]quo;". Returns len, or 0 when the quote stays.
+    size_t curl(size_t i, size_t len, char kind, bool *is_open)
+    {
+        if (*is_open && !word_boundary(at(i + len)))
+            return 0;
+        if (!*is_open && !word_boundary(before(i)))
+            return 0;
+        const char ent[8] = {'&', *is_open ? 'r' : 'l', kind, 'q', 'u', 'o', ';', 0};
+        *is_open = !*is_open;
+        return replace(i, len, ent, 7);
+    }
+
+    // An apostrophe or single quote whose own form is text[i, i + len).
+    size_t single_quote(size_t i, size_t len)
+    {
+        // Inside a word it is an apostrophe.
+        if (is_alnum(before(i)) && is_alpha(at(i + len)))
+            return replace(i, len, "&rsquo;");
+        const size_t r = curl(i, len, 's', &in_squote);
+        return r ? r : len;
+    }
+};
+
+// Each action looks at text[i] and returns how many bytes it dealt with (at
+// least one): replaced, or left to be copied.
+typedef size_t (*sp_action)(sp_pass &p, size_t i);
+
+size_t sp_squote(sp_pass &p, size_t i)
 {
     // Two single quotes make a double one.
-    if (size >= 2 && text[1] == '\'' && curl_quote(ob, previous, size >= 3 ? text[2] : 0, 'd', &st->in_dquote))
-        return 1;
-    return single_quote(ob, st, previous, text, size, 1);
+    if (p.at(i + 1) == '\'') {
+        if (const size_t r = p.curl(i, 2, 'd', &p.in_dquote))
+            return r;
+    }
+    return p.single_quote(i, 1);
 }
 
-size_t sp_dquote(hoedown_buffer *ob, sp_state *st, uint8_t previous, const uint8_t *text, size_t size)
+size_t sp_dquote(sp_pass &p, size_t i)
 {
-    if (!curl_quote(ob, previous, size >= 2 ? text[1] : 0, 'd', &st->in_dquote))
-        HTML_PUTSL(ob, "\"");
-    return 0;
+    const size_t r = p.curl(i, 1, 'd', &p.in_dquote);
+    return r ? r : 1;
 }
 
-size_t sp_amp(hoedown_buffer *ob, sp_state *st, uint8_t previous, const uint8_t *text, size_t size)
+size_t sp_amp(sp_pass &p, size_t i)
 {
-    if (size >= 6 && memcmp(text, "&quot;", 6) == 0) {
-        if (!curl_quote(ob, previous, size >= 7 ? text[6] : 0, 'd', &st->in_dquote))
-            HTML_PUTSL(ob, "&quot;");
-        return 5;
+    const uint8_t *t = p.text + i;
+    const size_t left = p.size - i;
+    if (left >= 6 && memcmp(t, "&quot;", 6) == 0) {
+        p.curl(i, 6, 'd', &p.in_dquote);
+        return 6;
     }
     // Text apostrophes arrive escaped by the renderer; two make a double
     // quote, as two plain ones do.
-    if (size >= 10 && memcmp(text, "&#39;&#39;", 10) == 0 &&
-        curl_quote(ob, previous, size >= 11 ? text[10] : 0, 'd', &st->in_dquote))
-        return 9;
-    if (size >= 5 && memcmp(text, "&#39;", 5) == 0)
-        return single_quote(ob, st, previous, text, size, 5);
-    if (size >= 4 && memcmp(text, "&#0;", 4) == 0)
-        return 3;
-    HTML_PUTSL(ob, "&");
-    return 0;
+    if (left >= 10 && memcmp(t, "&#39;&#39;", 10) == 0) {
+        if (const size_t r = p.curl(i, 10, 'd', &p.in_dquote))
+            return r;
+    }
+    if (left >= 5 && memcmp(t, "&#39;", 5) == 0)
+        return p.single_quote(i, 5);
+    if (left >= 4 && memcmp(t, "&#0;", 4) == 0)
+        return p.replace(i, 4, "");
+    return 1;
 }
 
-size_t sp_parens(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size_t size)
+size_t sp_parens(sp_pass &p, size_t i)
 {
-    if (size >= 3 && text[2] == ')') {
-        const uint8_t c = text[1] | 0x20;
-        if (c == 'c') {
-            HTML_PUTSL(ob, "&copy;");
-            return 2;
-        }
-        if (c == 'r') {
-            HTML_PUTSL(ob, "&reg;");
-            return 2;
-        }
-    }
-    if (size >= 4 && (text[1] | 0x20) == 't' && (text[2] | 0x20) == 'm' && text[3] == ')') {
-        HTML_PUTSL(ob, "&trade;");
-        return 3;
-    }
-    HTML_PUTSL(ob, "(");
-    return 0;
+    const uint8_t a = p.at(i + 1) | 0x20, b = p.at(i + 2);
+    if (b == ')' && a == 'c')
+        return p.replace(i, 3, "&copy;");
+    if (b == ')' && a == 'r')
+        return p.replace(i, 3, "&reg;");
+    if (a == 't' && (b | 0x20) == 'm' && p.at(i + 3) == ')')
+        return p.replace(i, 4, "&trade;");
+    return 1;
 }
 
-size_t sp_dash(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size_t size)
+size_t sp_dash(sp_pass &p, size_t i)
 {
-    if (size >= 3 && text[1] == '-' && text[2] == '-') {
-        HTML_PUTSL(ob, "&mdash;");
-        return 2;
+    if (p.at(i + 1) == '-') {
+        if (p.at(i + 2) == '-')
+            return p.replace(i, 3, "&mdash;");
+        return p.replace(i, 2, "&ndash;");
     }
-    if (size >= 2 && text[1] == '-') {
-        HTML_PUTSL(ob, "&ndash;");
-        return 1;
-    }
-    HTML_PUTSL(ob, "-");
-    return 0;
+    return 1;
 }
 
-size_t sp_period(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size_t size)
+size_t sp_period(sp_pass &p, size_t i)
 {
-    if (size >= 3 && text[1] == '.' && text[2] == '.') {
-        HTML_PUTSL(ob, "&hellip;");
-        return 2;
-    }
-    if (size >= 5 && text[1] == ' ' && text[2] == '.' && text[3] == ' ' && text[4] == '.') {
-        HTML_PUTSL(ob, "&hellip;");
-        return 4;
-    }
-    HTML_PUTSL(ob, ".");
-    return 0;
+    if (p.at(i + 1) == '.' && p.at(i + 2) == '.')
+        return p.replace(i, 3, "&hellip;");
+    if (p.at(i + 1) == ' ' && p.at(i + 2) == '.' && p.at(i + 3) == ' ' && p.at(i + 4) == '.')
+        return p.replace(i, 5, "&hellip;");
+    return 1;
 }
 
 // A fraction stands alone: no letter, digit or slash on either side (so
 // dates like 1/2/2024 stay as they are).
 inline bool fraction_edge(uint8_t c) { return c != '/' && word_boundary(c); }
 
-size_t sp_number(hoedown_buffer *ob, sp_state *, uint8_t previous, const uint8_t *text, size_t size)
+size_t sp_number(sp_pass &p, size_t i)
 {
-    if (fraction_edge(previous) && size >= 3 && text[1] == '/' && (size == 3 || fraction_edge(text[3]))) {
-        if (text[0] == '1' && text[2] == '2') {
-            HTML_PUTSL(ob, "&frac12;");
-            return 2;
-        }
-        if (text[0] == '1' && text[2] == '4') {
-            HTML_PUTSL(ob, "&frac14;");
-            return 2;
-        }
-        if (text[0] == '3' && text[2] == '4') {
-            HTML_PUTSL(ob, "&frac34;");
-            return 2;
-        }
-    }
-    hoedown_buffer_putc(ob, text[0]);
-    return 0;
-}
-
-size_t sp_backtick(hoedown_buffer *ob, sp_state *st, uint8_t previous, const uint8_t *text, size_t size)
-{
-    if (size >= 2 && text[1] == '`' && curl_quote(ob, previous, size >= 3 ? text[2] : 0, 'd', &st->in_dquote))
+    if (p.at(i + 1) != '/' || !fraction_edge(p.before(i)) || i + 2 >= p.size || !fraction_edge(p.at(i + 3)))
         return 1;
-    HTML_PUTSL(ob, "`");
-    return 0;
+    const uint8_t a = p.text[i], b = p.text[i + 2];
+    if (a == '1' && b == '2')
+        return p.replace(i, 3, "&frac12;");
+    if (a == '1' && b == '4')
+        return p.replace(i, 3, "&frac14;");
+    if (a == '3' && b == '4')
+        return p.replace(i, 3, "&frac34;");
+    return 1;
 }
 
-size_t sp_escape(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size_t size)
+size_t sp_backtick(sp_pass &p, size_t i)
 {
-    if (size >= 2) {
-        switch (text[1]) {
-        case '\\':
-        case '"':
-        case '\'':
-        case '.':
-        case '-':
-        case '`':
-            hoedown_buffer_putc(ob, text[1]);
-            return 1;
-        default:
-            break;
-        }
+    if (p.at(i + 1) == '`') {
+        if (const size_t r = p.curl(i, 2, 'd', &p.in_dquote))
+            return r;
     }
-    HTML_PUTSL(ob, "\\");
-    return 0;
+    return 1;
 }
 
-// Elements whose text is never typographic.
+size_t sp_escape(sp_pass &p, size_t i)
+{
+    const uint8_t c = p.at(i + 1);
+    switch (c) {
+    case '\\':
+    case '"':
+    case '\'':
+    case '.':
+    case '-':
+    case '`': {
+        // The backslash goes, the character stays as it is.
+        const char keep[2] = {char(c), 0};
+        return p.replace(i, 2, keep, 1);
+    }
+    default:
+        return 1;
+    }
+}
+
 // Whether text (after '<' or "</") names `tag` (lower case), ending at a
 // space, '>' or '/'.
 bool names_tag(const uint8_t *text, size_t size, const char *tag)
@@ -210,7 +202,8 @@ bool names_tag(const uint8_t *text, size_t size, const char *tag)
     return c == '>' || c == '/' || is_space(c);
 }
 
-// The skip element a tag opens, or null.
+// The element a tag opens if its text is never typographic: pre, code, var,
+// samp, kbd, math, script or style; null otherwise.
 const char *skip_tag(const uint8_t *name, size_t size)
 {
     if (!size)
@@ -224,10 +217,10 @@ const char *skip_tag(const uint8_t *name, size_t size)
     case 'v':
         return names_tag(name, size, "var") ? "var" : nullptr;
     case 's':
-        return names_tag(name, size, "samp") ? "samp"
-             : names_tag(name, size, "script") ? "script"
-             : names_tag(name, size, "style") ? "style"
-                                               : nullptr;
+        return names_tag(name, size, "samp")     ? "samp"
+               : names_tag(name, size, "script") ? "script"
+               : names_tag(name, size, "style")  ? "style"
+                                                 : nullptr;
     case 'k':
         return names_tag(name, size, "kbd") ? "kbd" : nullptr;
     case 'm':
@@ -237,43 +230,37 @@ const char *skip_tag(const uint8_t *name, size_t size)
     }
 }
 
-size_t sp_tag(hoedown_buffer *ob, sp_state *, uint8_t, const uint8_t *text, size_t size)
+// A tag is left as it is, attributes and all; a comment and a skip element
+// through their end.
+size_t sp_tag(sp_pass &p, size_t i)
 {
-    // A comment is copied through its end.
+    const uint8_t *text = p.text + i;
+    const size_t size = p.size - i;
     if (size >= 4 && memcmp(text, "<!--", 4) == 0) {
-        size_t i = 4;
-        while (i + 3 <= size && memcmp(text + i, "-->", 3) != 0)
-            ++i;
-        const size_t end = i + 3 <= size ? i + 3 : size;
-        hoedown_buffer_put(ob, text, end);
-        return end - 1;
+        size_t k = 4;
+        while (k + 3 <= size && memcmp(text + k, "-->", 3) != 0)
+            ++k;
+        return k + 3 <= size ? k + 3 : size;
     }
     const void *gt = memchr(text, '>', size);
-    if (!gt) {
-        HTML_PUTSL(ob, "<");
-        return 0;
-    }
-    size_t end = size_t(static_cast<const uint8_t *>(gt) - text) + 1;
+    if (!gt)
+        return 1;
+    const size_t end = size_t(static_cast<const uint8_t *>(gt) - text) + 1;
     if (const char *tag = skip_tag(text + 1, size - 1)) {
-        // Copy through the closing tag.
-        size_t i = end;
+        size_t k = end;
         for (;;) {
-            const void *lt = i < size ? memchr(text + i, '<', size - i) : nullptr;
-            if (!lt) {
-                end = size;
-                break;
+            const void *lt = k < size ? memchr(text + k, '<', size - k) : nullptr;
+            if (!lt)
+                return size;
+            k = size_t(static_cast<const uint8_t *>(lt) - text);
+            if (k + 1 < size && text[k + 1] == '/' && names_tag(text + k + 2, size - k - 2, tag)) {
+                const void *close = memchr(text + k, '>', size - k);
+                return close ? size_t(static_cast<const uint8_t *>(close) - text) + 1 : size;
             }
-            i = size_t(static_cast<const uint8_t *>(lt) - text);
-            if (i + 1 < size && text[i + 1] == '/' && names_tag(text + i + 2, size - i - 2, tag)) {
-                const void *close = memchr(text + i, '>', size - i);
-                end = close ? size_t(static_cast<const uint8_t *>(close) - text) + 1 : size;
-                break;
-            }
-            ++i;
+            ++k;
         }
     }
-    hoedown_buffer_put(ob, text, end);
-    return end - 1;
+    return end;
 }
 
 enum : uint8_t { SP_NONE, SP_DQUOTE, SP_AMP, SP_SQUOTE, SP_PARENS, SP_DASH, SP_PERIOD, SP_NUMBER, SP_TAG, SP_ESCAPE, SP_BACKTICK };
@@ -297,26 +284,40 @@ struct sp_table {
 };
 constexpr sp_table kActive;
 
-const sp_action kActions[] = {nullptr, sp_dquote, sp_amp,   sp_squote, sp_parens,  sp_dash,
+const sp_action kActions[] = {nullptr,   sp_dquote, sp_amp, sp_squote, sp_parens,  sp_dash,
                               sp_period, sp_number, sp_tag, sp_escape, sp_backtick};
+
+// The first byte at or after i that has an action, or size.
+inline size_t next_action(const uint8_t *text, size_t i, size_t size)
+{
+    while (i + 4 <= size) {
+        if (kActive.v[text[i]])
+            return i;
+        if (kActive.v[text[i + 1]])
+            return i + 1;
+        if (kActive.v[text[i + 2]])
+            return i + 2;
+        if (kActive.v[text[i + 3]])
+            return i + 3;
+        i += 4;
+    }
+    while (i < size && !kActive.v[text[i]])
+        ++i;
+    return i;
+}
 
 } // namespace
 
 void hoedown_html_smartypants(hoedown_buffer *ob, const uint8_t *text, size_t size)
 {
-    if (!text)
+    if (!text || !size)
         return;
-    sp_state st;
     hoedown_buffer_grow(ob, ob->size + size + size / 16);
-    size_t i = 0;
+    sp_pass p{ob, text, size, 0};
+    size_t i = next_action(text, 0, size);
     while (i < size) {
-        const size_t org = i;
-        while (i < size && !kActive.v[text[i]])
-            ++i;
-        hoedown_buffer_put(ob, text + org, i - org);
-        if (i >= size)
-            break;
-        const uint8_t previous = i > 0 ? text[i - 1] : 0;
-        i += kActions[kActive.v[text[i]]](ob, &st, previous, text + i, size - i) + 1;
+        i += kActions[kActive.v[text[i]]](p, i);
+        i = next_action(text, i, size);
     }
+    hoedown_buffer_put(ob, text + p.pending, size - p.pending);
 }
