@@ -432,24 +432,34 @@ hoedown_document *hoedown_document_new(const hoedown_renderer *renderer, unsigne
     return doc;
 }
 
-void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const uint8_t *data, size_t size)
-{
-    if (!data)
-        size = 0;
-    reset_definitions(doc);
-    hoedown_buffer_grow(&doc->text, size + size / 16 + 2);
+namespace {
 
+// The first pass: takes the definitions out and normalises the lines. The
+// text to parse goes to doc->text, or, with `in_place`, stays in `data`,
+// which is compacted where it lies when no line needs normalising; returns
+// the text and its size.
+uint8_t *first_pass(hoedown_document *doc, uint8_t *in_place, const uint8_t *data, size_t size, size_t *text_size)
+{
     size_t beg = 0;
     if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
         beg = 3;
     const bool has_cr = size > beg && memchr(data + beg, '\r', size - beg) != nullptr;
     const bool has_tab = size > beg && memchr(data + beg, '\t', size - beg) != nullptr;
-    // Without CR and tabs, lines are copied as they are: runs of them go in
+    // Without CR and tabs, lines are taken as they are: runs of them go in
     // one piece, cut only where a definition is taken out.
     const bool verbatim = !has_cr && !has_tab;
-    size_t run_b = beg;
+    if (!verbatim)
+        in_place = nullptr;
+    if (!in_place)
+        hoedown_buffer_grow(&doc->text, size + size / 16 + 2);
+    size_t run_b = beg, w = 0;
     const auto flush_run = [&](size_t run_e) {
-        hoedown_buffer_put(&doc->text, data + run_b, run_e - run_b);
+        if (in_place) {
+            memmove(in_place + w, data + run_b, run_e - run_b);
+            w += run_e - run_b;
+        } else {
+            hoedown_buffer_put(&doc->text, data + run_b, run_e - run_b);
+        }
     };
     const bool fenced = doc->ext_flags & HOEDOWN_EXT_FENCED_CODE;
     const bool footnotes = doc->ext_flags & HOEDOWN_EXT_FOOTNOTES;
@@ -484,22 +494,54 @@ void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const ui
             copy_line(&doc->text, data + beg, line.eol - beg);
         beg = line.next;
     }
-    if (verbatim) {
+    if (verbatim)
         flush_run(size);
-        if (doc->text.size && doc->text.data[doc->text.size - 1] != '\n')
-            hoedown_buffer_putc(&doc->text, '\n');
+    if (in_place) {
+        // The caller's text ends in a newline, and compacting kept it.
+        *text_size = w;
+        return in_place;
     }
-    // Every copied line ends in a newline, so block parsing always sees a
-    // text that ends in one.
+    // Every line ends in a newline, so block parsing always sees a text
+    // that ends in one.
+    if (doc->text.size && doc->text.data[doc->text.size - 1] != '\n')
+        hoedown_buffer_putc(&doc->text, '\n');
+    *text_size = doc->text.size;
+    return doc->text.data;
+}
 
+void render_text(hoedown_document *doc, hoedown_buffer *ob, uint8_t *text, size_t size)
+{
     if (doc->md.page_start)
         doc->md.page_start(ob, 0, &doc->data);
-    parse_block(ob, doc, doc->text.data, doc->text.size);
+    parse_block(ob, doc, text, size);
     if (doc->fn_used.size)
         render_footnotes(ob, doc);
     if (doc->md.page_end)
         doc->md.page_end(ob, 0, &doc->data);
     check_pools(doc);
+}
+
+} // namespace
+
+void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const uint8_t *data, size_t size)
+{
+    if (!data)
+        size = 0;
+    reset_definitions(doc);
+    size_t text_size = 0;
+    uint8_t *text = first_pass(doc, nullptr, data, size, &text_size);
+    render_text(doc, ob, text, text_size);
+}
+
+void hoedown_document_render_in_place(hoedown_document *doc, hoedown_buffer *ob, uint8_t *data, size_t size)
+{
+    if (!data)
+        size = 0;
+    assert(size == 0 || data[size - 1] == '\n');
+    reset_definitions(doc);
+    size_t text_size = 0;
+    uint8_t *text = first_pass(doc, data, data, size, &text_size);
+    render_text(doc, ob, text, text_size);
 }
 
 void hoedown_document_render_inline(hoedown_document *doc, hoedown_buffer *ob, const uint8_t *data,

@@ -137,6 +137,12 @@ hoedown_document *hoedown_document_new(const hoedown_renderer *renderer, unsigne
 // A document may render again afterwards.
 void hoedown_document_render(hoedown_document *doc, hoedown_buffer *ob, const uint8_t *data, size_t size);
 
+// Like hoedown_document_render for text the caller gives up, which must end
+// in a newline: when no line needs normalising (no CR, no tab) the parser
+// works on it where it lies instead of on a copy, changing its bytes; the
+// caller must not read them afterwards. Saves a copy of a long document.
+void hoedown_document_render_in_place(hoedown_document *doc, hoedown_buffer *ob, uint8_t *data, size_t size);
+
 // Like hoedown_document_render for a piece of text that is one run of inline
 // content (a title, a caption): no blocks, no references.
 void hoedown_document_render_inline(hoedown_document *doc, hoedown_buffer *ob, const uint8_t *data, size_t size);

@@ -6,6 +6,7 @@
 #include "markdown/html_overrides.h"
 
 #include <QRegularExpression>
+#include <QStringEncoder>
 
 #include <atomic>
 #include <cstdint>
@@ -113,22 +114,38 @@ QString spliceTOC(const QString &html, const QString &toc)
     return out;
 }
 
-// Renders bytes with a renderer; the caller frees the renderer.
-hoedown_buffer *renderWith(hoedown_renderer *renderer, unsigned int extensions, const QByteArray &utf8)
+// The text as UTF-8 in a buffer of ours, ending in a newline (which the
+// parser would add anyway), with room for everything the render writes back
+// into it.
+hoedown_buffer *encodeText(const QString &markdown)
+{
+    QStringEncoder encoder(QStringEncoder::Utf8);
+    hoedown_buffer *in = hoedown_buffer_new(kOutputUnit);
+    hoedown_buffer_grow(in, size_t(encoder.requiredSpace(markdown.size())) + 1);
+    char *start = reinterpret_cast<char *>(in->data);
+    in->size = size_t(encoder.appendToBuffer(start, markdown) - start);
+    if (in->size && in->data[in->size - 1] != '\n')
+        in->data[in->size++] = '\n';
+    return in;
+}
+
+// Renders the text with a renderer, leaving the text as it was; the caller
+// frees the renderer and the result.
+hoedown_buffer *renderWith(hoedown_renderer *renderer, unsigned int extensions, const hoedown_buffer *text)
 {
     hoedown_document *doc = hoedown_document_new(renderer, extensions, kMaxNesting);
     hoedown_buffer *ob = hoedown_buffer_new(kOutputUnit);
-    hoedown_document_render(doc, ob, reinterpret_cast<const uint8_t *>(utf8.constData()), size_t(utf8.size()));
+    hoedown_document_render(doc, ob, text->data, text->size);
     hoedown_document_free(doc);
     return ob;
 }
 
-QString renderTOC(const QByteArray &utf8, unsigned int extensions, int renderType, int counter)
+QString renderTOC(const hoedown_buffer *text, unsigned int extensions, int renderType, int counter)
 {
     hoedown_renderer *renderer = hoedown_html_toc_renderer_new(kTOCNestingLevel);
     static_cast<hoedown_html_renderer_state *>(renderer->opaque)->render_counter = counter;
     orvo_html_toc_apply_form(renderer, renderType);
-    hoedown_buffer *ob = renderWith(renderer, extensions, utf8);
+    hoedown_buffer *ob = renderWith(renderer, extensions, text);
     const QString toc = fromBuffer(ob);
     hoedown_buffer_free(ob);
     hoedown_html_renderer_free(renderer);
@@ -196,39 +213,47 @@ QString MarkdownWrap::markdownToHtml(const QString &markdown, const Options &opt
     if (type != ORVRenderTypeEvernote && (figures || type == ORVRenderTypeFigure))
         flags |= HOEDOWN_HTML_FIGURE;
 
-    const QByteArray utf8 = markdown.toUtf8();
+    hoedown_buffer *text = encodeText(markdown);
+
+    // The table of contents is rendered only when someone reads it: the
+    // caller, or a "[TOC]" to replace. It goes first, while the text is
+    // intact: the body's render works on the text where it lies.
+    const bool splice = options.toc && (options.replaceTOC || type == ORVRenderTypeEvernote) && holdsTOCMarker(text);
+    QString toc;
+    if (options.toc && (options.tocString || splice)) {
+        toc = renderTOC(text, extensions, type, counter);
+        if (options.tocString)
+            *options.tocString = toc;
+    }
 
     hoedown_renderer *renderer = hoedown_html_renderer_new(flags, options.toc ? kTOCNestingLevel : 0);
     hoedown_html_renderer_state *state = static_cast<hoedown_html_renderer_state *>(renderer->opaque);
     state->render_counter = counter;
     orvo_html_apply_overrides(renderer, type, options.isMath);
-    hoedown_buffer *ob = renderWith(renderer, extensions, utf8);
+    hoedown_document *doc = hoedown_document_new(renderer, extensions, kMaxNesting);
+    hoedown_buffer *ob = hoedown_buffer_new(kOutputUnit);
+    hoedown_document_render_in_place(doc, ob, text->data, text->size);
+    hoedown_document_free(doc);
     if (options.info)
         copyInfo(state->flags, options.info);
     hoedown_html_renderer_free(renderer);
 
+    QString html;
     if (options.smartypants && type != ORVRenderTypeTableOnly) {
-        hoedown_buffer *typographic = hoedown_buffer_new(kOutputUnit);
-        hoedown_html_smartypants(typographic, ob->data, ob->size);
-        hoedown_buffer_free(ob);
-        ob = typographic;
+        // The text is spent: its memory takes the replacement's output.
+        text->size = 0;
+        hoedown_html_smartypants(text, ob->data, ob->size);
+        html = fromBuffer(text);
+    } else {
+        html = fromBuffer(ob);
     }
-
-    // The table of contents is rendered only when someone reads it: the
-    // caller, or a "[TOC]" to replace.
-    const bool splice = options.toc && (options.replaceTOC || type == ORVRenderTypeEvernote) && holdsTOCMarker(ob);
-    QString html = fromBuffer(ob);
     hoedown_buffer_free(ob);
+    hoedown_buffer_free(text);
 
-    if (options.toc && (options.tocString || splice)) {
-        QString toc = renderTOC(utf8, extensions, type, counter);
-        if (options.tocString)
-            *options.tocString = toc;
-        if (splice) {
-            if (type == ORVRenderTypeEvernote)
-                toc = QStringLiteral("<div class=\"orvo-toc\"><p>") + toc + QStringLiteral("</p></div>");
-            html = spliceTOC(html, toc);
-        }
+    if (splice) {
+        if (type == ORVRenderTypeEvernote)
+            toc = QStringLiteral("<div class=\"orvo-toc\"><p>") + toc + QStringLiteral("</p></div>");
+        html = spliceTOC(html, toc);
     }
 
     if (type == ORVRenderTypeEvernote || type == ORVRenderTypeMathImage)
@@ -292,7 +317,10 @@ QString MarkdownWrap::markdownToHtmlWithTOCIsNewlineBRToc(const QString &markdow
 
 QString MarkdownWrap::markdownToHtmlTOC(const QString &markdown)
 {
-    return renderTOC(markdown.toUtf8(), kTOCOnlyExtensions, ORVRenderTypePlain, renderCounter());
+    hoedown_buffer *text = encodeText(markdown);
+    const QString toc = renderTOC(text, kTOCOnlyExtensions, ORVRenderTypePlain, renderCounter());
+    hoedown_buffer_free(text);
+    return toc;
 }
 
 int MarkdownWrap::renderCounter()
