@@ -11,6 +11,10 @@
 #include <cstdint>
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 struct hoedown_buffer {
     uint8_t *data; // the bytes, or null while nothing was ever written
     size_t size;   // bytes in use
@@ -66,6 +70,28 @@ int hoedown_buffer_prefix(const hoedown_buffer *buf, const char *prefix);
 
 // The contents as a NUL-terminated string (the NUL is not counted in size).
 const char *hoedown_buffer_cstr(hoedown_buffer *buf);
+
+// The first `c` in data[0, size), or null: memchr for the short spans the
+// parser searches by the thousand (lines, tags), where a call into the C
+// library costs more than the search.
+inline const uint8_t *hoedown_find_byte(const uint8_t *data, size_t size, uint8_t c)
+{
+    size_t i = 0;
+#ifdef __SSE2__
+    const __m128i needle = _mm_set1_epi8(char(c));
+    for (; i + 16 <= size; i += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + i));
+        const int mask = _mm_movemask_epi8(_mm_cmpeq_epi8(v, needle));
+        if (mask)
+            return data + i + __builtin_ctz(unsigned(mask));
+    }
+#endif
+    for (; i < size; ++i) {
+        if (data[i] == c)
+            return data + i;
+    }
+    return nullptr;
+}
 
 // Appends a string literal without measuring it at run time.
 #define HOEDOWN_BUFPUTSL(output, literal) hoedown_buffer_put(output, (const uint8_t *)literal, sizeof(literal) - 1)

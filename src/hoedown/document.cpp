@@ -106,8 +106,8 @@ raw_line raw_line_at(const uint8_t *data, size_t beg, size_t size, bool has_cr)
 {
     size_t eol;
     if (!has_cr) {
-        const void *nl = memchr(data + beg, '\n', size - beg);
-        eol = nl ? size_t(static_cast<const uint8_t *>(nl) - data) : size;
+        const uint8_t *nl = hoedown_find_byte(data + beg, size - beg, '\n');
+        eol = nl ? size_t(nl - data) : size;
         return {eol, eol < size ? eol + 1 : size};
     }
     eol = beg;

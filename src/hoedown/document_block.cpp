@@ -16,8 +16,8 @@ namespace hoedown_detail {
 
 size_t line_end(const uint8_t *data, size_t size)
 {
-    const void *nl = memchr(data, '\n', size);
-    return nl ? size_t(static_cast<const uint8_t *>(nl) - data) + 1 : size;
+    const uint8_t *nl = hoedown_find_byte(data, size, '\n');
+    return nl ? size_t(nl - data) + 1 : size;
 }
 
 size_t is_empty(const uint8_t *data, size_t size)

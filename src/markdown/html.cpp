@@ -347,8 +347,8 @@ void rndr_paragraph(hoedown_buffer *ob, const hoedown_buffer *content, const hoe
     if (st->flags & HOEDOWN_HTML_HARD_WRAP) {
         while (i < size) {
             const size_t org = i;
-            const void *nl = memchr(d + i, '\n', size - i);
-            i = nl ? size_t(static_cast<const uint8_t *>(nl) - d) : size;
+            const uint8_t *nl = hoedown_find_byte(d + i, size - i, '\n');
+            i = nl ? size_t(nl - d) : size;
             hoedown_buffer_put(ob, d + org, i - org);
             // No break after the last line.
             if (i + 1 >= size)

@@ -246,10 +246,10 @@ size_t sp_tag(sp_pass &p, size_t i)
             ++k;
         return k + 3 <= size ? k + 3 : size;
     }
-    const void *gt = memchr(text, '>', size);
+    const uint8_t *gt = hoedown_find_byte(text, size, '>');
     if (!gt)
         return 1;
-    const size_t end = size_t(static_cast<const uint8_t *>(gt) - text) + 1;
+    const size_t end = size_t(gt - text) + 1;
     if (const char *tag = skip_tag(text + 1, size - 1)) {
         size_t k = end;
         for (;;) {
