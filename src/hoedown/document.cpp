@@ -173,6 +173,25 @@ size_t skip_indent3(const uint8_t *data, size_t beg, size_t eol)
     return i;
 }
 
+// The label of a definition from data[i] (after its '['): a non-empty id up
+// to ']' on the line, then ':' and spaces. Returns the offset after them, or
+// 0 when this is no definition.
+size_t def_label(const uint8_t *data, size_t i, size_t eol, size_t *id_b, size_t *id_e)
+{
+    *id_b = i;
+    while (i < eol && data[i] != ']')
+        ++i;
+    if (i >= eol || i == *id_b)
+        return 0;
+    *id_e = i++;
+    if (i >= eol || data[i] != ':')
+        return 0;
+    ++i;
+    while (i < eol && (data[i] == ' ' || data[i] == '\t'))
+        ++i;
+    return i;
+}
+
 // A link title from data[t] (an opening '"', '\'' or '(') to the last
 // matching closer of the line, which only spaces may follow.
 bool parse_title(const uint8_t *data, size_t t, size_t eol, size_t *tb, size_t *te)
@@ -192,20 +211,13 @@ bool parse_title(const uint8_t *data, size_t t, size_t eol, size_t *tb, size_t *
 size_t take_link_ref(hoedown_document *doc, const uint8_t *data, size_t beg, size_t size, bool has_cr)
 {
     const raw_line first = raw_line_at(data, beg, size, has_cr);
-    size_t i = skip_indent3(data, beg, first.eol);
-    if (i >= first.eol || data[i] != '[')
+    const size_t lead = skip_indent3(data, beg, first.eol);
+    if (lead >= first.eol || data[lead] != '[')
         return 0;
-    const size_t id_b = ++i;
-    while (i < first.eol && data[i] != ']')
-        ++i;
-    if (i >= first.eol || i == id_b)
+    size_t id_b, id_e;
+    size_t i = def_label(data, lead + 1, first.eol, &id_b, &id_e);
+    if (!i)
         return 0;
-    const size_t id_e = i++;
-    if (i >= first.eol || data[i] != ':')
-        return 0;
-    ++i;
-    while (i < first.eol && (data[i] == ' ' || data[i] == '\t'))
-        ++i;
     raw_line cur = first;
     if (i >= first.eol) {
         // At most one newline between the colon and the link.
@@ -276,21 +288,13 @@ size_t take_link_ref(hoedown_document *doc, const uint8_t *data, size_t beg, siz
 size_t take_footnote_def(hoedown_document *doc, const uint8_t *data, size_t beg, size_t size, bool has_cr)
 {
     const raw_line first = raw_line_at(data, beg, size, has_cr);
-    size_t i = skip_indent3(data, beg, first.eol);
-    if (i + 1 >= first.eol || data[i] != '[' || data[i + 1] != '^')
+    const size_t lead = skip_indent3(data, beg, first.eol);
+    if (lead + 1 >= first.eol || data[lead] != '[' || data[lead + 1] != '^')
         return 0;
-    i += 2;
-    const size_t id_b = i;
-    while (i < first.eol && data[i] != ']')
-        ++i;
-    if (i >= first.eol || i == id_b)
+    size_t id_b, id_e;
+    const size_t i = def_label(data, lead + 2, first.eol, &id_b, &id_e);
+    if (!i)
         return 0;
-    const size_t id_e = i++;
-    if (i >= first.eol || data[i] != ':')
-        return 0;
-    ++i;
-    while (i < first.eol && (data[i] == ' ' || data[i] == '\t'))
-        ++i;
 
     footnote_def fn{};
     fn.id = hash_id(data + id_b, id_e - id_b);

@@ -512,29 +512,38 @@ size_t parse_htmlblock(hoedown_buffer *ob, hoedown_document *doc, uint8_t *data,
 
 namespace {
 
-// Splits a table line into cells at the '|' that are not escaped and not
-// inside a code span or a link; a leading and a trailing '|' separate
-// nothing. Fills doc->table_cells with begin/end pairs (untrimmed).
-void split_row(hoedown_document *doc, const uint8_t *line, size_t size)
+// The part of a table line between its outer pipes: spaces and one leading
+// and one trailing '|' (not escaped) are left out, as they separate nothing.
+void strip_pipes(const uint8_t *line, size_t size, size_t *b, size_t *e)
 {
-    pod_array<size_t> &cells = doc->table_cells;
-    cells.clear();
     size_t i = 0;
     while (i < size && line[i] == ' ')
         ++i;
     if (i < size && line[i] == '|')
         ++i;
-    size_t e = size;
-    while (e > i && line[e - 1] == ' ')
-        --e;
-    if (e > i && line[e - 1] == '|' && !is_escaped(line, e - 1))
-        --e;
+    size_t j = size;
+    while (j > i && line[j - 1] == ' ')
+        --j;
+    if (j > i && line[j - 1] == '|' && !is_escaped(line, j - 1))
+        --j;
+    *b = i;
+    *e = j;
+}
+
+// Splits a table line into cells at the '|' that are not escaped and not
+// inside a code span or a link. Fills doc->table_cells with begin/end pairs
+// (untrimmed).
+void split_row(hoedown_document *doc, const uint8_t *line, size_t size)
+{
+    pod_array<size_t> &cells = doc->table_cells;
+    cells.clear();
+    size_t i, e;
+    strip_pipes(line, size, &i, &e);
 
     // Code spans and links are looked up, not rescanned, so that a line full
     // of unmatched marks stays linear.
     inline_frame &f = doc->row_frame;
     f.reset(line, e);
-    bool have_brackets = false, have_runs = false;
     size_t cell_b = i;
     while (i < e) {
         const uint8_t c = line[i];
@@ -546,19 +555,13 @@ void split_row(hoedown_document *doc, const uint8_t *line, size_t size)
             size_t n = 0;
             while (i + n < e && line[i + n] == '`')
                 ++n;
-            if (!have_runs) {
-                find_tick_runs(line, e, f.runs, f.scratch);
-                have_runs = true;
-            }
+            f.need_runs();
             const size_t close = tick_closer(f.runs, i, n);
             i = close == kNone ? i + n : close + n;
             continue;
         }
         if (c == '[') {
-            if (!have_brackets) {
-                find_brackets(line, e, f.brackets, f.scratch);
-                have_brackets = true;
-            }
+            f.need_brackets();
             const size_t m = bracket_at(f.brackets, i);
             if (m == kNone) {
                 ++i;
@@ -591,16 +594,8 @@ size_t parse_alignments(hoedown_document *doc, const uint8_t *line, size_t size)
 {
     pod_array<uint8_t> &aligns = doc->table_aligns;
     aligns.clear();
-    size_t i = 0;
-    while (i < size && line[i] == ' ')
-        ++i;
-    if (i < size && line[i] == '|')
-        ++i;
-    size_t e = size;
-    while (e > i && (line[e - 1] == ' ' || line[e - 1] == '\n'))
-        --e;
-    if (e > i && line[e - 1] == '|')
-        --e;
+    size_t i, e;
+    strip_pipes(line, trim_trailing_newlines(line, size), &i, &e);
     if (e <= i)
         return 0;
     for (;;) {

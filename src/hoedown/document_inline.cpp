@@ -17,9 +17,8 @@ using namespace hoedown_detail;
 
 namespace hoedown_detail {
 
-void find_brackets(const uint8_t *data, size_t size, pod_array<bracket_match> &out, pod_array<size_t> &stack)
+void find_brackets(const uint8_t *data, size_t size, pod_array<bracket_match> &out)
 {
-    (void)stack;
     out.clear();
     // While an opening mark is unmatched its `match` links to the previous
     // unmatched one of its kind, so the two stacks live inside `out`.
@@ -138,6 +137,22 @@ size_t tick_closer(const pod_array<tick_run> &runs, size_t open, size_t len)
     return kNone;
 }
 
+void inline_frame::need_brackets()
+{
+    if (!brackets_ready) {
+        find_brackets(base, size, brackets);
+        brackets_ready = true;
+    }
+}
+
+void inline_frame::need_runs()
+{
+    if (!runs_ready) {
+        find_tick_runs(base, size, runs, scratch);
+        runs_ready = true;
+    }
+}
+
 } // namespace hoedown_detail
 
 namespace {
@@ -154,21 +169,6 @@ struct escape_table {
 };
 constexpr escape_table kEscapable;
 
-void ensure_brackets(inline_frame &f)
-{
-    if (!f.brackets_ready) {
-        find_brackets(f.base, f.size, f.brackets, f.scratch);
-        f.brackets_ready = true;
-    }
-}
-
-void ensure_runs(inline_frame &f)
-{
-    if (!f.runs_ready) {
-        find_tick_runs(f.base, f.size, f.runs, f.scratch);
-        f.runs_ready = true;
-    }
-}
 
 // Matches are first looked for directly: most brackets and code spans close
 // within a few words. A search that runs past this many bytes turns to the
@@ -199,7 +199,7 @@ size_t match_of(inline_frame &f, size_t pos)
     }
     if (i >= f.size)
         return kNone;
-    ensure_brackets(f);
+    f.need_brackets();
     return bracket_at(f.brackets, pos);
 }
 
@@ -227,7 +227,7 @@ size_t code_closer(inline_frame &f, size_t open, size_t len)
     }
     if (i >= f.size)
         return kNone;
-    ensure_runs(f);
+    f.need_runs();
     return tick_closer(f.runs, open, len);
 }
 
@@ -241,7 +241,6 @@ void ensure_regions(inline_frame &f)
     f.regions.clear();
     const uint8_t *base = f.base;
     const size_t size = f.size;
-    bool have_runs = false, have_brackets = false;
     size_t i = 0;
     while (i < size) {
         const uint8_t c = base[i];
@@ -250,10 +249,7 @@ void ensure_regions(inline_frame &f)
             continue;
         }
         if (c == '`') {
-            if (!have_runs) {
-                ensure_runs(f);
-                have_runs = true;
-            }
+            f.need_runs();
             size_t n = 0;
             while (i + n < size && base[i + n] == '`')
                 ++n;
@@ -267,10 +263,7 @@ void ensure_regions(inline_frame &f)
             continue;
         }
         if (c == '[') {
-            if (!have_brackets) {
-                ensure_brackets(f);
-                have_brackets = true;
-            }
+            f.need_brackets();
             const size_t m = bracket_at(f.brackets, i);
             if (m != kNone && m + 1 < size && (base[m + 1] == '(' || base[m + 1] == '[')) {
                 const size_t e = bracket_at(f.brackets, m + 1);

@@ -177,6 +177,9 @@ struct inline_frame {
 
     void reset(const uint8_t *b, size_t s);
     void release();
+    // Compute the tables on first need.
+    void need_brackets();
+    void need_runs();
 };
 
 // Active character codes.
@@ -291,7 +294,7 @@ void parse_inline(hoedown_buffer *ob, hoedown_document *doc, const uint8_t *data
 
 // Brackets and parentheses of a text with their matches, honouring nesting
 // and backslash escapes ('[' matches ']' and '(' matches ')', separately).
-void find_brackets(const uint8_t *data, size_t size, pod_array<bracket_match> &out, pod_array<size_t> &stack);
+void find_brackets(const uint8_t *data, size_t size, pod_array<bracket_match> &out);
 // The match of the bracket or parenthesis at `pos`, kNone when unmatched.
 size_t bracket_at(const pod_array<bracket_match> &brackets, size_t pos);
 // Maximal backtick runs of a text, each linked to the next of its length.
