@@ -7,6 +7,7 @@
 // A buffer is owned by whoever made it (hoedown_buffer_new/_init) and is not
 // shared between threads.
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -41,6 +42,7 @@ void hoedown_buffer_grow(hoedown_buffer *buf, size_t neosz);
 // the room the buffer already has.
 inline void hoedown_buffer_put(hoedown_buffer *buf, const uint8_t *data, size_t size)
 {
+    assert(buf && buf->unit);
     if (!size)
         return;
     if (buf->size + size > buf->asize)
@@ -51,6 +53,7 @@ inline void hoedown_buffer_put(hoedown_buffer *buf, const uint8_t *data, size_t 
 void hoedown_buffer_puts(hoedown_buffer *buf, const char *str);
 inline void hoedown_buffer_putc(hoedown_buffer *buf, uint8_t c)
 {
+    assert(buf && buf->unit);
     if (buf->size >= buf->asize)
         hoedown_buffer_grow(buf, buf->size + 1);
     buf->data[buf->size++] = c;
