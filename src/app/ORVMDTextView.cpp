@@ -177,8 +177,9 @@ void ORVMDTextView::updateMargins()
     // narrower windows keep the horizontal inset on both sides.
     int side = m_insetsH;
     if (m_contentMaxWidth > 0) {
-        const int spare = width() - verticalScrollBar()->sizeHint().width() - m_contentMaxWidth;
-        side = qMax(side, spare / 2);
+        const int scrollBar = verticalScrollBar()->isVisible() ? verticalScrollBar()->width() : 0;
+        const int spare = contentsRect().width() - scrollBar - m_contentMaxWidth;
+        side = qMax(side, (spare + 1) / 2);
     }
     setViewportMargins(side, m_insetsV / 2, side, 0);
 }

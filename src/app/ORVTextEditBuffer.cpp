@@ -37,6 +37,8 @@ void ORVTextEditBuffer::resync()
 
 void ORVTextEditBuffer::documentContentsChange(int from, int charsRemoved, int charsAdded)
 {
+    if (m_ownEdits > 0)
+        return;
     QTextDocument *doc = m_edit->document();
     const qsizetype size = doc->characterCount() - 1;
     // Reports may count the document's final separator; such a report, or
@@ -87,18 +89,24 @@ void ORVTextEditBuffer::replaceCharactersInRange(ORVEditRange range, const QStri
     QTextCursor c(m_edit->document());
     c.setPosition(int(loc));
     c.setPosition(int(end), QTextCursor::KeepAnchor);
+    ++m_ownEdits;
     if (m_groupDepth == 0)
         c.beginEditBlock();
     c.insertText(text);
     if (m_groupDepth == 0)
         c.endEditBlock();
+    --m_ownEdits;
+    m_mirror.replace(loc, end - loc, text);
     m_edit->setTextCursor(c);
+    emit textEdited(loc, end - loc, text);
 }
 
 void ORVTextEditBuffer::beginUndoGrouping()
 {
     if (m_groupDepth++ == 0) {
-        m_groupCursor = QTextCursor(m_edit->document());
+        // Undo gives the caret back where this cursor stands: the selection
+        // the command started from.
+        m_groupCursor = m_edit->textCursor();
         m_groupCursor.beginEditBlock();
     }
 }
@@ -107,6 +115,10 @@ void ORVTextEditBuffer::endUndoGrouping()
 {
     if (m_groupDepth == 0 || --m_groupDepth > 0)
         return;
+    ++m_ownEdits; // the block's report now covers edits mirrored already
     m_groupCursor.endEditBlock();
+    --m_ownEdits;
     m_groupCursor = QTextCursor();
+    if (m_mirror.size() != m_edit->document()->characterCount() - 1)
+        resync();
 }

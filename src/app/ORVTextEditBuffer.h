@@ -16,6 +16,11 @@ class QPlainTextEdit;
 // through text cursors, so they undo with the widget's own undo; a group
 // is one edit block of the document.
 //
+// A document reports the edits of an edit block only when the block ends,
+// so the buffer applies its own edits to the mirror as it makes them and
+// ignores the document's later report of them; edits made by anyone else
+// (typing, undo) come from the document's reports.
+//
 // The widget is not owned and must outlive the buffer. Thread: the main
 // thread.
 class ORVTextEditBuffer : public QObject, public ORVTextBuffer
@@ -52,5 +57,6 @@ private:
     QString m_mirror;
     QTextCursor m_groupCursor;
     int m_groupDepth = 0;
+    int m_ownEdits = 0; // inside an edit of ours: the document's reports are already mirrored
     int m_resyncs = 0;
 };
