@@ -91,6 +91,22 @@ bool ORVPreviewWebPage::acceptNavigationRequest(const QUrl &url, NavigationType 
     return false;
 }
 
+void ORVPreviewWebPage::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const QString &message,
+                                                 int lineNumber, const QString &sourceID)
+{
+    // The page's script reports clicks on links of the program's own schemes
+    // this way: the web engine itself would hand them to the desktop as
+    // unknown protocols.
+    static const QString prefix = QStringLiteral("orvo-application-link:");
+    if (level == InfoMessageLevel && message.startsWith(prefix)) {
+        const QUrl url(message.mid(prefix.size()));
+        if (actionForLink(url, this->url()) == LinkAction::OpenInOrvo)
+            openLink(url);
+        return;
+    }
+    QWebEnginePage::javaScriptConsoleMessage(level, message, lineNumber, sourceID);
+}
+
 QWebEnginePage *ORVPreviewWebPage::createWindow(WebWindowType)
 {
     return new NewWindowCatcher(this);

@@ -24,6 +24,19 @@
     function topOf(el) { return el.getBoundingClientRect().top + window.scrollY; }
     function maxScroll() { return Math.max(0, document.documentElement.scrollHeight - window.innerHeight); }
 
+    /* Links to the program itself: the web engine would hand these to the
+       desktop as unknown protocols, so the click is reported to the view
+       (as a console message it watches for) and goes no further. */
+    document.addEventListener("click", function (e) {
+        var a = e.target && e.target.closest ? e.target.closest("a[href]") : null;
+        if (!a) { return; }
+        var p = a.protocol;
+        if (p === "orvolib:" || p === "orvoapp:" || p === "orvo:") {
+            e.preventDefault();
+            console.info("orvo-application-link:" + a.href);
+        }
+    }, true);
+
     window.orvoPreview = {
         /* Puts `html` in the body; answers how many top-level nodes were replaced. */
         update: function (html) {
