@@ -124,12 +124,14 @@ ORVEditorWindow::~ORVEditorWindow()
     m_view->bindDocument(nullptr);
 }
 
-QString ORVEditorWindow::messageText() const { return m_message->isVisible() ? m_message->text() : QString(); }
+QString ORVEditorWindow::messageText() const { return m_message->isHidden() ? QString() : m_message->text(); }
 
 void ORVEditorWindow::showMessage(const QString &text)
 {
-    m_message->setText(text);
-    m_message->setVisible(!text.isEmpty());
+    // Messages gather (a theme fault and a read error may both stand).
+    const QString shown = messageText();
+    m_message->setText(shown.isEmpty() ? text : shown + QStringLiteral("\n\n") + text);
+    m_message->setVisible(!m_message->text().isEmpty());
 }
 
 void ORVEditorWindow::updateTitle()
