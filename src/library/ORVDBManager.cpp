@@ -69,6 +69,34 @@ R ORVDBManager::withDB(FMDatabase *given, R fallback, Body &&body)
     return result;
 }
 
+bool ORVDBManager::withSharedDatabaseOpen(const std::function<void(FMDatabase &db)> &body)
+{
+    return withDB(nullptr, false, [&](FMDatabase &db) {
+        body(db);
+        return true;
+    });
+}
+
+bool ORVDBManager::performInTransaction(const std::function<void(FMDatabase &db)> &body)
+{
+    return withDB(nullptr, false, [&](FMDatabase &db) {
+        if (m_transactionDepth > 0) {
+            body(db);
+            return true;
+        }
+        if (!db.executeUpdate(QStringLiteral("BEGIN")))
+            return false;
+        ++m_transactionDepth;
+        body(db);
+        --m_transactionDepth;
+        if (db.executeUpdate(QStringLiteral("COMMIT")))
+            return true;
+        qCWarning(lcLibraryStore, "commit failed: %s", qPrintable(db.lastErrorMessage()));
+        db.executeUpdate(QStringLiteral("ROLLBACK"));
+        return false;
+    });
+}
+
 // ---- flags
 
 bool ORVDBManager::isRefetchUUIDCatsMap() const

@@ -17,6 +17,9 @@ QString documentTitleRemoveMark(const QString &text);
 // end, `maxLine` lines, or the text is longer than `length` characters.
 // "" for a missing file.
 QString readFileContentWithPathMaxLineLenth(const QString &path, int maxLine = 14, int length = 250);
+// The same over a file's bytes already in memory (a search reads each file
+// whole once and takes the title from the same bytes).
+QString readFileContentWithBytesMaxLineLenth(const QByteArray &bytes, int maxLine = 14, int length = 250);
 
 struct ORVDocumentTitleAndSummary {
     QString title;
@@ -27,3 +30,11 @@ struct ORVDocumentTitleAndSummary {
 ORVDocumentTitleAndSummary documentTitleAndSummaryWithContent(const QString &content);
 // Both, from the start of a document file.
 ORVDocumentTitleAndSummary documentTitleAndSummaryWithFile(const QString &path);
+
+// stringByWellToDigitSortString: a title's sort key (forSortTitle). Every run
+// of ASCII digits whose value is not 0 becomes its value padded to eight
+// digits ("%08ld"), so that "Part 10" sorts after "Part 9"; a run of value 0
+// stays as it is. Only the first seven such runs are padded; the eighth and
+// later stay as written. A run too long for 64 bits counts as the largest
+// 64-bit value.
+QString stringByWellToDigitSortString(const QString &title);

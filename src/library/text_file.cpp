@@ -1,0 +1,94 @@
+#include "library/text_file.h"
+
+#include <QFile>
+#include <QStringDecoder>
+
+namespace {
+
+std::optional<QString> decodeWith(QStringConverter::Encoding encoding, QByteArrayView bytes)
+{
+    QStringDecoder decoder(encoding, QStringDecoder::Flag::Stateless);
+    QString text = decoder(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    return text;
+}
+
+bool startsWith(const QByteArray &bytes, const char *mark, qsizetype size)
+{
+    return bytes.size() >= size && std::equal(mark, mark + size, bytes.constData());
+}
+
+// UTF-16 without a mark: ASCII text in it has a NUL in every other byte.
+// Looks at the start only, which is where a document's plain words are.
+std::optional<QStringConverter::Encoding> unmarkedUtf16(const QByteArray &bytes)
+{
+    constexpr qsizetype kProbe = 512;
+    const qsizetype n = std::min(bytes.size(), kProbe) & ~qsizetype(1);
+    if (n < 2)
+        return std::nullopt;
+    qsizetype evenNul = 0, oddNul = 0;
+    for (qsizetype i = 0; i < n; i += 2) {
+        evenNul += bytes.at(i) == '\0';
+        oddNul += bytes.at(i + 1) == '\0';
+    }
+    const qsizetype pairs = n / 2;
+    if (oddNul * 10 >= pairs * 8 && evenNul * 10 < pairs)
+        return QStringConverter::Utf16LE;
+    if (evenNul * 10 >= pairs * 8 && oddNul * 10 < pairs)
+        return QStringConverter::Utf16BE;
+    return std::nullopt;
+}
+
+QString windowsLatin1(const QByteArray &bytes)
+{
+    // 0x80..0x9F: the printable characters Windows puts there; the five
+    // unassigned codes stay as their Latin 1 controls.
+    static const char16_t high[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                      0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                      0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                      0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+    QString text(bytes.size(), Qt::Uninitialized);
+    QChar *out = text.data();
+    for (const char ch : bytes) {
+        const auto b = static_cast<unsigned char>(ch);
+        *out++ = (b >= 0x80 && b < 0xA0) ? QChar(high[b - 0x80]) : QChar(b);
+    }
+    return text;
+}
+
+} // namespace
+
+std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes)
+{
+    const QByteArrayView all(bytes);
+    if (startsWith(bytes, "\xEF\xBB\xBF", 3))
+        return decodeWith(QStringConverter::Utf8, all.sliced(3));
+    if (startsWith(bytes, "\xFF\xFE\x00\x00", 4))
+        return decodeWith(QStringConverter::Utf32LE, all.sliced(4));
+    if (startsWith(bytes, "\x00\x00\xFE\xFF", 4))
+        return decodeWith(QStringConverter::Utf32BE, all.sliced(4));
+    if (startsWith(bytes, "\xFF\xFE", 2))
+        return decodeWith(QStringConverter::Utf16LE, all.sliced(2));
+    if (startsWith(bytes, "\xFE\xFF", 2))
+        return decodeWith(QStringConverter::Utf16BE, all.sliced(2));
+    // Before UTF-8: NUL bytes are valid UTF-8, so ASCII in UTF-16 would pass.
+    if (const auto utf16 = unmarkedUtf16(bytes))
+        return decodeWith(*utf16, all);
+    if (bytes.contains('\0'))
+        return std::nullopt;
+    if (auto utf8 = decodeWith(QStringConverter::Utf8, all))
+        return utf8;
+    return windowsLatin1(bytes);
+}
+
+std::optional<QString> readTextFileDetectingEncoding(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return decodeTextDetectingEncoding(bytes);
+}

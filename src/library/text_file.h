@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+// Whole text files whose encoding nobody told us: documents that come from
+// other programs (imports, folders being searched or cleaned).
+//
+// The encoding is detected as a text editor would: a byte order mark
+// decides (UTF-8, UTF-16 or UTF-32, either byte order); without one, text
+// with a NUL in every other byte of its start is UTF-16; other bytes holding
+// a NUL are not text (nullopt); valid UTF-8 is UTF-8; anything else is read
+// as Windows Latin 1, the usual encoding of old plain-text notes. The mark
+// itself is not part of the text.
+
+std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes);
+
+// stringWithContentsOfURL:usedEncoding:error:. nullopt when the file cannot
+// be read or is not text.
+std::optional<QString> readTextFileDetectingEncoding(const QString &path);
