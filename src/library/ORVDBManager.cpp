@@ -717,6 +717,31 @@ bool ORVDBManager::insertItemDBArticleWithDB(const ORVDBArticle &art, FMDatabase
     });
 }
 
+bool ORVDBManager::insertItemDBArticleWithCatIIDS(const ORVDBArticle &art, const QList<qint64> &catIIDS)
+{
+    QList<qint64> unique;
+    for (qint64 id : catIIDS)
+        if (!unique.contains(id))
+            unique << id;
+    const bool ok = withDB(nullptr, false, [&](FMDatabase &db) {
+        if (!db.executeUpdateWithParameterDictionary(kInsertArticle, art.parameterDictionary()))
+            return false;
+        bool all = true;
+        for (qint64 id : std::as_const(unique))
+            all = db.executeUpdate(QStringLiteral("INSERT INTO cat_article (aid, rid) VALUES (?, ?)"), {art.uuid(), id}) &&
+                  all;
+        return all;
+    });
+    if (!unique.isEmpty()) {
+        {
+            std::lock_guard g(m_cacheLock);
+            m_isRefetchArticleCatsMap = true;
+        }
+        postArticleCategoryDidChange();
+    }
+    return ok;
+}
+
 bool ORVDBManager::saveItemDBArticle(const ORVDBArticle &art)
 {
     return withDB(nullptr, false, [&](FMDatabase &db) {

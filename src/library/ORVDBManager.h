@@ -153,6 +153,12 @@ public:
     // ---- Documents: writing
     bool insertItemDBArticle(const ORVDBArticle &art);
     bool insertItemDBArticleWithDB(const ORVDBArticle &art, FMDatabase *db);
+    // A new document's row and its categories in one go: a document that
+    // was never stored has no links to compare with, so none are read (on
+    // an import of thousands, reading them would scan `cat_article` once per
+    // document). Posts kORVLibraryArticleCategoryDidChangeNotification when
+    // it has categories. False when the row or a link could not be written.
+    bool insertItemDBArticleWithCatIIDS(const ORVDBArticle &art, const QList<qint64> &catIIDS);
     bool saveItemDBArticle(const ORVDBArticle &art);
     // Posts kORVLibraryArticleCategoryDidChangeNotification on success.
     bool updateDBArticleWithState(const ORVDBArticle &art, int state);

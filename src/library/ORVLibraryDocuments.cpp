@@ -8,6 +8,7 @@
 #include "library/ORVLibraryTree.h"
 #include "library/document_title.h"
 #include "library/file_copy.h"
+#include "library/folder_entries.h"
 #include "library/text_file.h"
 #include "platform/ORVSystemTrash.h"
 
@@ -17,16 +18,26 @@
 #include <QUrl>
 
 #include <algorithm>
-#include <sys/stat.h>
 
 namespace {
 
-// A file's number on its volume: the import takes a folder's files in this
-// order, which is mostly the order they were made in.
-quint64 fileNumber(const QString &path)
+// The import candidates of a folder: its plain files (not hidden, not in
+// subfolders) with one of `types` as spelled, in the order of their file
+// numbers, which is mostly the order they were made in.
+QStringList folderImportCandidates(const QString &folder, const QStringList &types)
 {
-    struct stat st {};
-    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? quint64(st.st_ino) : 0;
+    QList<ORVFolderFileEntry> entries = orvoListFolderFiles(folder);
+    entries.removeIf([&](const ORVFolderFileEntry &e) {
+        const qsizetype dot = e.name.lastIndexOf(QLatin1Char('.'));
+        return dot < 0 || !types.contains(e.name.mid(dot + 1));
+    });
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const auto &a, const auto &b) { return a.fileNumber < b.fileNumber; });
+    const QDir base(folder);
+    QStringList paths;
+    for (const ORVFolderFileEntry &e : std::as_const(entries))
+        paths << base.absoluteFilePath(e.name);
+    return paths;
 }
 
 bool startsWithWebScheme(const QString &target)
@@ -263,7 +274,11 @@ std::optional<ORVDBArticle> ORVLibraryDocuments::doImportToLibraryByURLCatIsImgT
     const QString file = ORVLibraryFolder::documentPath(m_libraryPath, art.uuid());
     if (!orvoWriteFileAtomically(file, text->toUtf8(), nullptr, m_inBatch ? FileSync::Later : FileSync::Now))
         return std::nullopt;
-    if (!m_manager->insertItemDBArticle(art))
+    // The row and its category together: the document is new, so its
+    // category links need no comparing with links it does not have.
+    const QList<qint64> cats = targetCatUUID > 0 ? QList<qint64>{targetCatUUID} : QList<qint64>();
+    if (!m_manager->insertItemDBArticleWithCatIIDS(art, cats) &&
+        !m_manager->itemDBArticleWithUUID(art.uuid()))
         return std::nullopt; // the file stays: the stray document pass registers it later
     const QDir docs(docsPath());
     for (const ORVImportMediaRecord &record : std::as_const(media)) {
@@ -271,8 +286,6 @@ std::optional<ORVDBArticle> ORVLibraryDocuments::doImportToLibraryByURLCatIsImgT
         QDir().mkpath(QFileInfo(destination).absolutePath());
         QFile::copy(record.srcFullPath, destination); // an existing copy wins; a failure keeps the link
     }
-    if (targetCatUUID > 0)
-        m_manager->updateDBArticleWithCatIIDS(art, {targetCatUUID});
     return art;
 }
 
@@ -294,14 +307,8 @@ ORVLibraryDocuments::ImportResult ORVLibraryDocuments::importToLibrary(const QSt
             else
                 result.skipped << path;
         } else if (fi.isDir()) {
-            QList<QPair<quint64, QString>> entries;
-            for (const QFileInfo &entry : QDir(path).entryInfoList(QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort))
-                if (folderTypes.contains(entry.suffix()))
-                    entries.append({fileNumber(entry.absoluteFilePath()), entry.absoluteFilePath()});
-            std::stable_sort(entries.begin(), entries.end(),
-                             [](const auto &a, const auto &b) { return a.first < b.first; });
-            for (const auto &entry : std::as_const(entries))
-                files.append({entry.second, true});
+            for (const QString &file : folderImportCandidates(fi.absoluteFilePath(), folderTypes))
+                files.append({file, true});
         } else {
             result.skipped << path;
         }

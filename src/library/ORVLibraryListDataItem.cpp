@@ -44,14 +44,14 @@ ORVLibraryListDataItem ORVLibraryListDataItem::groupItemWithTitle(const QString 
 qint64 ORVLibraryListDataItem::addDateSeconds() const
 {
     if (m_addDate == kNotMade)
-        m_addDate = art.dateArtNSDate().toSecsSinceEpoch();
+        m_addDate = orvoSecondsFromStoredSeconds(art.dateArt());
     return m_addDate;
 }
 
 qint64 ORVLibraryListDataItem::modifDateSeconds() const
 {
     if (m_modifDate == kNotMade)
-        m_modifDate = art.dateModifNSDate().toSecsSinceEpoch();
+        m_modifDate = orvoSecondsFromStoredSeconds(art.dateModif());
     return m_modifDate;
 }
 

@@ -8,8 +8,6 @@
 class ORVListDataItem
 {
 public:
-    virtual ~ORVListDataItem() = default;
-
     bool isGroup = false;
     QString url; // the document's file; "" for a group row
 

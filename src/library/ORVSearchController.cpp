@@ -79,19 +79,22 @@ void scanLibraryRow(RowWork &work, const ORVSearchKeys &keys, bool buildRow)
     ORVLibraryListDataItem &row = work.row;
     const bool needContent = !keys.searchKeyArr.isEmpty();
     QByteArray bytes;
-    {
-        QFile file(row.url);
-        if (!file.open(QIODevice::ReadOnly)) {
+    if (needContent) {
+        std::optional<QByteArray> read = orvoReadWholeFile(row.url);
+        if (!read) {
             if (buildRow)
                 row.setupTitleAndContentWithText(QString()); // a missing file: empty title and summary
             return;
         }
-        if (needContent)
-            bytes = file.readAll();
+        bytes = std::move(*read);
+        if (buildRow)
+            row.setupTitleAndContentWithText(readFileContentWithBytesMaxLineLenth(bytes));
+    } else {
+        if (buildRow)
+            row.setupTitleAndContentWithFileURL();
+        if (!QFileInfo::exists(row.url))
+            return;
     }
-    if (buildRow)
-        row.setupTitleAndContentWithText(needContent ? readFileContentWithBytesMaxLineLenth(bytes)
-                                                     : readFileContentWithPathMaxLineLenth(row.url));
     bool filterHeld = false;
     if (!keys.searchTagsArr.isEmpty()) {
         if (!joinedHoldsAllKeys(row.tags, keys.searchTagsArr))

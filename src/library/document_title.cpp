@@ -3,7 +3,10 @@
 #include <QFile>
 #include <QStringDecoder>
 
+#include <cerrno>
+#include <fcntl.h>
 #include <limits>
+#include <unistd.h>
 
 QString documentTitleRemoveMark(const QString &text)
 {
@@ -19,14 +22,33 @@ QString documentTitleRemoveMark(const QString &text)
 
 namespace {
 
-// Appends one line if it decodes; returns whether it counted.
-bool appendDecodedLine(QString &text, QByteArrayView line)
+// Takes lines from `bytes` into `text` while the limits allow: a line counts
+// only while the text so far is at most `length` characters, and a line
+// that is not UTF-8 (nor ASCII) is dropped. A last line without its line
+// feed is taken only `atEnd`. `consumed` tells how far it got; the answer
+// is whether a limit was reached.
+bool takeLines(QByteArrayView bytes, bool atEnd, int maxLine, int length, QString &text, int &counted,
+               qsizetype &consumed)
 {
-    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString decoded = utf8(line);
-    if (utf8.hasError())
-        return false; // neither UTF-8 nor ASCII
-    text += decoded;
+    while (counted < maxLine && text.size() <= length) {
+        if (consumed >= bytes.size())
+            return false;
+        qsizetype end = bytes.indexOf('\n', consumed);
+        if (end < 0) {
+            if (!atEnd)
+                return false;
+            end = bytes.size();
+        } else {
+            ++end;
+        }
+        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString decoded = utf8(bytes.sliced(consumed, end - consumed));
+        consumed = end;
+        if (utf8.hasError())
+            continue; // neither UTF-8 nor ASCII
+        text += decoded;
+        ++counted;
+    }
     return true;
 }
 
@@ -34,15 +56,29 @@ bool appendDecodedLine(QString &text, QByteArrayView line)
 
 QString readFileContentWithPathMaxLineLenth(const QString &path, int maxLine, int length)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    // Plain reads of a few kilobytes: lists read the start of thousands of
+    // files, and a buffered file object costs several calls more per file.
+    constexpr qsizetype kChunk = 4096;
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
         return QStringLiteral("");
+    QByteArray bytes;
     QString text;
     int counted = 0;
-    while (!file.atEnd() && counted < maxLine && text.size() <= length) {
-        if (appendDecodedLine(text, file.readLine()))
-            ++counted;
+    qsizetype consumed = 0;
+    for (;;) {
+        const qsizetype had = bytes.size();
+        bytes.resize(had + kChunk);
+        ssize_t n;
+        do
+            n = ::read(fd, bytes.data() + had, size_t(kChunk));
+        while (n < 0 && errno == EINTR);
+        bytes.resize(had + std::max<ssize_t>(n, 0));
+        const bool atEnd = n <= 0;
+        if (takeLines(bytes, atEnd, maxLine, length, text, counted, consumed) || atEnd)
+            break;
     }
+    ::close(fd);
     return text;
 }
 
@@ -50,14 +86,8 @@ QString readFileContentWithBytesMaxLineLenth(const QByteArray &bytes, int maxLin
 {
     QString text;
     int counted = 0;
-    qsizetype start = 0;
-    while (start < bytes.size() && counted < maxLine && text.size() <= length) {
-        qsizetype end = bytes.indexOf('\n', start);
-        end = end < 0 ? bytes.size() : end + 1;
-        if (appendDecodedLine(text, QByteArrayView(bytes).sliced(start, end - start)))
-            ++counted;
-        start = end;
-    }
+    qsizetype consumed = 0;
+    takeLines(bytes, true, maxLine, length, text, counted, consumed);
     return text;
 }
 

@@ -48,9 +48,10 @@ bool orvoWriteFileAtomically(const QString &path, const QByteArray &bytes, QStri
     // The same temporary-and-rename as QSaveFile, without its disk sync.
     // The temporary name is hidden and never looks like a document file.
     static std::atomic<quint64> counter{0};
+    static const pid_t pid = ::getpid();
     const QFileInfo fi(path);
     const QString temporary = fi.absoluteDir().filePath(
-        QStringLiteral(".%1.%2-%3.tmp").arg(fi.fileName()).arg(::getpid()).arg(counter.fetch_add(1)));
+        QStringLiteral(".%1.%2-%3.tmp").arg(fi.fileName()).arg(pid).arg(counter.fetch_add(1)));
     const QByteArray tmp = QFile::encodeName(temporary);
     const int fd = ::open(tmp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) {

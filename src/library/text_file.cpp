@@ -3,6 +3,10 @@
 #include <QFile>
 #include <QStringDecoder>
 
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace {
 
 std::optional<QString> decodeWith(QStringConverter::Encoding encoding, QByteArrayView bytes)
@@ -82,13 +86,40 @@ std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes)
     return windowsLatin1(bytes);
 }
 
+std::optional<QByteArray> orvoReadWholeFile(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    // Most documents are small: one read of this size and one that finds
+    // the end. Larger files grow the buffer as they go.
+    constexpr qsizetype kFirstRead = 16 * 1024;
+    QByteArray bytes;
+    qsizetype size = 0;
+    bool ok = true;
+    for (;;) {
+        if (bytes.size() - size < kFirstRead)
+            bytes.resize(std::max(bytes.size() * 2, size + kFirstRead));
+        const ssize_t n = ::read(fd, bytes.data() + size, size_t(bytes.size() - size));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            ok = false;
+        if (n <= 0)
+            break;
+        size += n;
+    }
+    ::close(fd);
+    if (!ok)
+        return std::nullopt;
+    bytes.truncate(size);
+    return bytes;
+}
+
 std::optional<QString> readTextFileDetectingEncoding(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    const std::optional<QByteArray> bytes = orvoReadWholeFile(path);
+    if (!bytes)
         return std::nullopt;
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return std::nullopt;
-    return decodeTextDetectingEncoding(bytes);
+    return decodeTextDetectingEncoding(*bytes);
 }

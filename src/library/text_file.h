@@ -17,6 +17,11 @@
 
 std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes);
 
+// The whole content of a file, read with plain system calls (searches read
+// every document of a library; a buffered file object costs several calls
+// more per file). nullopt when it cannot be opened or read.
+std::optional<QByteArray> orvoReadWholeFile(const QString &path);
+
 // stringWithContentsOfURL:usedEncoding:error:. nullopt when the file cannot
 // be read or is not text.
 std::optional<QString> readTextFileDetectingEncoding(const QString &path);
