@@ -83,9 +83,14 @@ void ORVLibraryListController::sortListItems(QList<ORVLibraryListDataItem> &item
 {
     using Item = ORVLibraryListDataItem;
     const auto by = [&](auto less) { std::stable_sort(items.begin(), items.end(), less); };
+    // Dates are whole seconds: documents made in one second keep the order
+    // they were made in (ids are creation times), in the date's direction.
+    const auto newer = [](qint64 a, qint64 b, const Item &x, const Item &y) {
+        return a != b ? a > b : x.art.uuid() > y.art.uuid();
+    };
     switch (order) {
     case ORVListOrderType::OldestFirst:
-        by([](const Item &a, const Item &b) { return a.addDateSeconds() < b.addDateSeconds(); });
+        by([&](const Item &a, const Item &b) { return newer(b.addDateSeconds(), a.addDateSeconds(), b, a); });
         break;
     case ORVListOrderType::Manual:
         by([](const Item &a, const Item &b) { return a.sort() > b.sort(); });
@@ -97,13 +102,13 @@ void ORVLibraryListController::sortListItems(QList<ORVLibraryListDataItem> &item
         by([](const Item &a, const Item &b) { return compareTitles(a, b) > 0; });
         break;
     case ORVListOrderType::ModifiedNewestFirst:
-        by([](const Item &a, const Item &b) { return a.modifDateSeconds() > b.modifDateSeconds(); });
+        by([&](const Item &a, const Item &b) { return newer(a.modifDateSeconds(), b.modifDateSeconds(), a, b); });
         break;
     case ORVListOrderType::ModifiedOldestFirst:
-        by([](const Item &a, const Item &b) { return a.modifDateSeconds() < b.modifDateSeconds(); });
+        by([&](const Item &a, const Item &b) { return newer(b.modifDateSeconds(), a.modifDateSeconds(), b, a); });
         break;
     default: // 0, and any value no menu offers
-        by([](const Item &a, const Item &b) { return a.addDateSeconds() > b.addDateSeconds(); });
+        by([&](const Item &a, const Item &b) { return newer(a.addDateSeconds(), b.addDateSeconds(), a, b); });
         break;
     }
 }

@@ -172,8 +172,9 @@ double ORVSearchController::nextSearchTime()
 {
     // The start time is the search's identity: two searches never share one.
     double now = double(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
-    if (now <= m_searchTimeInterval)
-        now = m_searchTimeInterval + 0.001;
+    if (now <= m_lastSearchTime)
+        now = m_lastSearchTime + 0.001;
+    m_lastSearchTime = now;
     return now;
 }
 

@@ -137,6 +137,7 @@ private:
     ORVSearchKeys m_keys;
     QStringList m_searchHighlightArr;
     double m_searchTimeInterval = 0;
+    double m_lastSearchTime = 0; // the last start time given out; stopQuery does not reset it
 
     QString m_libraryPath;
     std::shared_ptr<ORVDBManager> m_dbManager;
