@@ -80,7 +80,12 @@ QString ORVLibraryFolder::databasePath(const QString &libraryPath)
 
 QString ORVLibraryFolder::documentPath(const QString &libraryPath, qint64 uuid)
 {
-    return QDir(libraryPath).filePath(QStringLiteral("docs/%1.md").arg(uuid));
+    // Plain concatenation: lists and searches make this path for every
+    // document of a library.
+    QString path = libraryPath;
+    if (!path.endsWith(QLatin1Char('/')))
+        path += QLatin1Char('/');
+    return path + QLatin1String("docs/") + QString::number(uuid) + QLatin1String(".md");
 }
 
 bool ORVLibraryFolder::checkIsLibraryWithURL(const QString &libraryPath)

@@ -39,22 +39,20 @@ bool joinedHoldsAllKeys(const QStringList &values, const QStringList &keys)
     return std::all_of(keys.begin(), keys.end(), [&](const QString &k) { return joined.contains(orvoFoldCase(k)); });
 }
 
-QList<ORVLibraryListDataItem> readAllLibraryRows(const QString &dbPath, const QString &libraryPath,
-                                                 const QHash<qint64, ORVDBManager::LinkRecord> &cats,
-                                                 const QHash<qint64, ORVDBManager::LinkRecord> &tags)
+// Every document of the library, newest row first. No condition on
+// `state`: documents in the trash are searched too.
+QList<ORVDBArticle> readAllLibraryArticles(const QString &dbPath)
 {
-    QList<ORVLibraryListDataItem> rows;
+    QList<ORVDBArticle> articles;
     FMDatabaseQueue queue(dbPath, FMDatabase::OpenReadOnly);
     queue.inDatabase([&](FMDatabase *db) {
         if (!db)
             return;
-        // No condition on `state`: documents in the trash are searched too.
         FMResultSet rs = db->executeQuery(QStringLiteral("SELECT * FROM article ORDER BY id DESC "));
         while (rs.next())
-            rows << ORVLibraryListDataItem::LibraryListDataItemWithDBArticle(ORVDBArticle::fromResultSet(rs), cats, tags,
-                                                                             libraryPath);
+            articles << ORVDBArticle::fromResultSet(rs);
     });
-    return rows;
+    return articles;
 }
 
 struct LibraryScan {
@@ -87,13 +85,20 @@ void scanLibraryRow(RowWork &work, const ORVSearchKeys &keys, bool buildRow)
             return;
         }
         bytes = std::move(*read);
-        if (buildRow)
-            row.setupTitleAndContentWithText(readFileContentWithBytesMaxLineLenth(bytes));
     } else {
         if (buildRow)
             row.setupTitleAndContentWithFileURL();
         if (!QFileInfo::exists(row.url))
             return;
+    }
+    std::optional<QString> text;
+    if (needContent) {
+        bool isPlainUtf8 = false;
+        text = decodeTextDetectingEncoding(bytes, &isPlainUtf8);
+        if (buildRow)
+            // From the text already decoded when every line of it is UTF-8.
+            row.setupTitleAndContentWithText(text && isPlainUtf8 ? readFileContentWithTextMaxLineLenth(*text)
+                                                                 : readFileContentWithBytesMaxLineLenth(bytes));
     }
     bool filterHeld = false;
     if (!keys.searchTagsArr.isEmpty()) {
@@ -115,7 +120,6 @@ void scanLibraryRow(RowWork &work, const ORVSearchKeys &keys, bool buildRow)
         work.hit = filterHeld;
         return;
     }
-    const std::optional<QString> text = decodeTextDetectingEncoding(bytes);
     if (!text)
         return;
     work.hit = ORVSearchController::checkContentHasKeyAndHighlight(*text, keys.searchKeyArr, &work.snippet);
@@ -125,17 +129,29 @@ QList<ORVLibraryListDataItem> scanLibrary(const LibraryScan &scan,
                                           std::shared_ptr<const QList<ORVLibraryListDataItem>> *builtRows)
 {
     const bool build = !scan.cachedRows;
-    const QList<ORVLibraryListDataItem> rows =
-        build ? readAllLibraryRows(scan.dbPath, scan.libraryPath, scan.cats, scan.tags) : *scan.cachedRows;
-    std::vector<RowWork> work(size_t(rows.size()));
-    for (qsizetype i = 0; i < rows.size(); ++i)
-        work[size_t(i)].row = rows.at(i);
-    QtConcurrent::blockingMap(work, [&](RowWork &w) { scanLibraryRow(w, scan.keys, build); });
+    std::vector<RowWork> work;
+    if (build) {
+        // The rows are made on the workers too, each beside its file.
+        const QList<ORVDBArticle> articles = readAllLibraryArticles(scan.dbPath);
+        work.resize(size_t(articles.size()));
+        for (qsizetype i = 0; i < articles.size(); ++i)
+            work[size_t(i)].row.art = articles.at(i);
+    } else {
+        work.resize(size_t(scan.cachedRows->size()));
+        for (qsizetype i = 0; i < scan.cachedRows->size(); ++i)
+            work[size_t(i)].row = scan.cachedRows->at(i);
+    }
+    QtConcurrent::blockingMap(work, [&](RowWork &w) {
+        if (build)
+            w.row = ORVLibraryListDataItem::LibraryListDataItemWithDBArticle(w.row.art, scan.cats, scan.tags,
+                                                                             scan.libraryPath);
+        scanLibraryRow(w, scan.keys, build);
+    });
 
     QList<ORVLibraryListDataItem> results;
     QList<ORVLibraryListDataItem> built;
     if (build)
-        built.reserve(rows.size());
+        built.reserve(qsizetype(work.size()));
     for (RowWork &w : work) {
         if (w.hit) {
             ORVLibraryListDataItem result = w.row.copy(); // the cached row keeps its own summary

@@ -41,12 +41,12 @@ bool takeLines(QByteArrayView bytes, bool atEnd, int maxLine, int length, QStrin
         } else {
             ++end;
         }
-        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-        const QString decoded = utf8(bytes.sliced(consumed, end - consumed));
+        const QByteArrayView line = bytes.sliced(consumed, end - consumed);
         consumed = end;
-        if (utf8.hasError())
+        if (!line.isValidUtf8())
             continue; // neither UTF-8 nor ASCII
-        text += decoded;
+        // A mark of byte order leads only the file, never a line of text.
+        text += QString::fromUtf8(line.startsWith("\xEF\xBB\xBF") ? line.sliced(3) : line);
         ++counted;
     }
     return true;
@@ -89,6 +89,20 @@ QString readFileContentWithBytesMaxLineLenth(const QByteArray &bytes, int maxLin
     qsizetype consumed = 0;
     takeLines(bytes, true, maxLine, length, text, counted, consumed);
     return text;
+}
+
+QString readFileContentWithTextMaxLineLenth(const QString &text, int maxLine, int length)
+{
+    qsizetype end = 0;
+    int counted = 0;
+    // The same limits as above: a line counts while the text before it is
+    // at most `length` characters, which here is simply its start offset.
+    while (end < text.size() && counted < maxLine && end <= length) {
+        const qsizetype lf = text.indexOf(QLatin1Char('\n'), end);
+        end = lf < 0 ? text.size() : lf + 1;
+        ++counted;
+    }
+    return text.left(end);
 }
 
 ORVDocumentTitleAndSummary documentTitleAndSummaryWithContent(const QString &content)

@@ -2,19 +2,29 @@
 
 QString orvoFoldCase(const QString &text)
 {
-    QString folded(text.size(), Qt::Uninitialized);
-    const QChar *in = text.constData();
-    QChar *out = folded.data();
     const qsizetype n = text.size();
+    QString folded(n, Qt::Uninitialized);
+    const char16_t *in = reinterpret_cast<const char16_t *>(text.constData());
+    char16_t *out = reinterpret_cast<char16_t *>(folded.data());
+    // First as if all were ASCII, without branches (the compiler makes it
+    // wide): most documents are; the rest is put right below.
+    char16_t wide = 0;
     for (qsizetype i = 0; i < n; ++i) {
-        const char16_t c = in[i].unicode();
-        if (c < 0x80) {
-            out[i] = QChar(c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c);
-        } else if (QChar::isSurrogate(c)) {
-            out[i] = in[i]; // letters outside the BMP keep their case
+        const char16_t c = in[i];
+        wide |= c;
+        out[i] = char16_t(c + (char16_t(c - u'A') < 26 ? 32 : 0));
+    }
+    if (wide < 0x80)
+        return folded;
+    for (qsizetype i = 0; i < n; ++i) {
+        const char16_t c = in[i];
+        if (c < 0x80)
+            continue;
+        if (QChar::isSurrogate(c)) {
+            out[i] = c; // letters outside the BMP keep their case
         } else {
             const char32_t f = QChar::toCaseFolded(char32_t(c));
-            out[i] = f <= 0xFFFF ? QChar(char16_t(f)) : in[i];
+            out[i] = f <= 0xFFFF ? char16_t(f) : c;
         }
     }
     return folded;

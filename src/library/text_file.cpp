@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -63,8 +64,10 @@ QString windowsLatin1(const QByteArray &bytes)
 
 } // namespace
 
-std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes)
+std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes, bool *isPlainUtf8)
 {
+    if (isPlainUtf8)
+        *isPlainUtf8 = false;
     const QByteArrayView all(bytes);
     if (startsWith(bytes, "\xEF\xBB\xBF", 3))
         return decodeWith(QStringConverter::Utf8, all.sliced(3));
@@ -81,8 +84,11 @@ std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes)
         return decodeWith(*utf16, all);
     if (bytes.contains('\0'))
         return std::nullopt;
-    if (auto utf8 = decodeWith(QStringConverter::Utf8, all))
+    if (auto utf8 = decodeWith(QStringConverter::Utf8, all)) {
+        if (isPlainUtf8)
+            *isPlainUtf8 = true;
         return utf8;
+    }
     return windowsLatin1(bytes);
 }
 
@@ -91,15 +97,18 @@ std::optional<QByteArray> orvoReadWholeFile(const QString &path)
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return std::nullopt;
-    // Most documents are small: one read of this size and one that finds
-    // the end. Larger files grow the buffer as they go.
-    constexpr qsizetype kFirstRead = 16 * 1024;
-    QByteArray bytes;
+    // Sized by the file, so that a small document costs no more than its
+    // size (a generous fixed buffer per file shows up in a search of
+    // thousands). One byte more, so that the read that finds the end
+    // normally needs no second allocation.
+    struct stat st {};
+    const qsizetype expected = ::fstat(fd, &st) == 0 && st.st_size > 0 ? qsizetype(st.st_size) : 0;
+    QByteArray bytes(expected + 1, Qt::Uninitialized);
     qsizetype size = 0;
     bool ok = true;
     for (;;) {
-        if (bytes.size() - size < kFirstRead)
-            bytes.resize(std::max(bytes.size() * 2, size + kFirstRead));
+        if (size == bytes.size())
+            bytes.resize(bytes.size() * 2); // the file grew while being read
         const ssize_t n = ::read(fd, bytes.data() + size, size_t(bytes.size() - size));
         if (n < 0 && errno == EINTR)
             continue;
@@ -108,6 +117,9 @@ std::optional<QByteArray> orvoReadWholeFile(const QString &path)
         if (n <= 0)
             break;
         size += n;
+        // A plain file reads short only at its end: no read to find it.
+        if (size < bytes.size() && S_ISREG(st.st_mode))
+            break;
     }
     ::close(fd);
     if (!ok)

@@ -15,7 +15,9 @@
 // as Windows Latin 1, the usual encoding of old plain-text notes. The mark
 // itself is not part of the text.
 
-std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes);
+// `isPlainUtf8` (when given) tells whether the bytes were UTF-8 without a
+// mark, so that the text holds them one to one.
+std::optional<QString> decodeTextDetectingEncoding(const QByteArray &bytes, bool *isPlainUtf8 = nullptr);
 
 // The whole content of a file, read with plain system calls (searches read
 // every document of a library; a buffered file object costs several calls

@@ -50,6 +50,11 @@ TEST(SortTitle, TheStartOfAFileReadsTheSameFromDiskAndFromMemory)
         ASSERT_TRUE(orvotest::writeFile(path, content));
         EXPECT_EQ(readFileContentWithPathMaxLineLenth(path), readFileContentWithBytesMaxLineLenth(content))
             << content.left(40).constData();
+        if (content.isValidUtf8()) {
+            EXPECT_EQ(readFileContentWithTextMaxLineLenth(QString::fromUtf8(content)),
+                      readFileContentWithBytesMaxLineLenth(content))
+                << content.left(40).constData();
+        }
     }
     EXPECT_EQ(readFileContentWithBytesMaxLineLenth(QByteArray(5000, 'x') + "\nsecond\n").size(), 5001);
 }
