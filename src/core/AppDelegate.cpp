@@ -8,6 +8,9 @@
 #include "core/ORVLibraryRecentDocumentManager.h"
 #include "core/date_uuid.h"
 #include "library/ORVDBManager.h"
+#include "library/ORVDirWatchingController.h"
+#include "library/ORVExternalSourceItemManager.h"
+#include "library/ORVExternalTree.h"
 #include "library/ORVLibraryFolder.h"
 #include "platform/TABFileMonitor.h"
 

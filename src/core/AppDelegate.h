@@ -17,8 +17,11 @@
 
 class MyPreferences;
 class ORVDBManager;
+class ORVDirWatchingController;
 class ORVExternalRecentDocumentManager;
+class ORVExternalSourceItemManager;
 class ORVExternalSourceList;
+class ORVExternalTree;
 class ORVLibraryRecentDocumentManager;
 class ORVServiceItemRegistry;
 class TABFileMonitor;
@@ -146,6 +149,20 @@ public:
     ORVLibraryRecentDocumentManager *libraryRecentDocumentManager();
     ORVExternalRecentDocumentManager *externalRecentDocumentManager();
 
+    // ---- External folders
+
+    // externalSourceItemManager: the user's sources (externalSourceItems.data),
+    // made on first use and registered as the settings file's list of sources.
+    ORVExternalSourceItemManager *externalSourceItemManager();
+    // externalTreeData: the external tree, built from the sources on first
+    // use; its source entries follow the list of sources from then on.
+    ORVExternalTree *externalTreeData();
+    // updateExternalTreeDataTopItems: the tree's source entries follow the list.
+    void updateExternalTreeDataTopItems();
+    // setupExternalSourceWatching: changes made by other programs in the
+    // sources patch the tree, a batch at a time. Once is enough.
+    void setupExternalSourceWatching();
+
     // fetchWelcomeContent: the welcome text resource, or "# Welcome to Orvo!".
     static QString fetchWelcomeContent();
 
@@ -194,6 +211,11 @@ private:
     QHash<QString, ORVTextViewStateData> m_textViewStateDataDic;
     std::unique_ptr<ORVLibraryRecentDocumentManager> m_libraryRecentDocumentManager;
     std::unique_ptr<ORVExternalRecentDocumentManager> m_externalRecentDocumentManager;
+
+    // In this order, so that the watching goes before what it watches.
+    std::unique_ptr<ORVExternalSourceItemManager> m_externalSourceItemManager;
+    std::unique_ptr<ORVExternalTree> m_externalTreeData;
+    std::unique_ptr<ORVDirWatchingController> m_dirWatchingController;
 
     QHash<int, ORVServiceItemRegistry *> m_serviceRegistries;
     ORVExternalSourceList *m_externalSourceList = nullptr;

@@ -3,15 +3,6 @@
 #include "library/document_title.h"
 #include "library/ORVLibraryFolder.h"
 
-const QString &ORVListDataItem::forSortTitle() const
-{
-    if (!m_hasSortTitle) {
-        m_forSortTitle = stringByWellToDigitSortString(m_title);
-        m_hasSortTitle = true;
-    }
-    return m_forSortTitle;
-}
-
 ORVLibraryListDataItem ORVLibraryListDataItem::LibraryListDataItemWithDBArticle(
     const ORVDBArticle &art, const QHash<qint64, ORVDBManager::LinkRecord> &catsMap,
     const QHash<qint64, ORVDBManager::LinkRecord> &tagsMap, const QString &libraryPath)

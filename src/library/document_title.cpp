@@ -126,39 +126,3 @@ ORVDocumentTitleAndSummary documentTitleAndSummaryWithFile(const QString &path)
 {
     return documentTitleAndSummaryWithContent(readFileContentWithPathMaxLineLenth(path));
 }
-
-QString stringByWellToDigitSortString(const QString &title)
-{
-    // Seven padded numbers tell apart any title a person gives a document
-    // ("Volume 2, Part 3, Chapter 12"); the rule stops there.
-    constexpr int kMaxPaddedRuns = 7;
-    QString out;
-    out.reserve(title.size() + 16);
-    int padded = 0;
-    qsizetype i = 0;
-    const qsizetype n = title.size();
-    while (i < n) {
-        const QChar c = title.at(i);
-        if (padded >= kMaxPaddedRuns || c < QLatin1Char('0') || c > QLatin1Char('9')) {
-            out += c;
-            ++i;
-            continue;
-        }
-        qsizetype j = i;
-        while (j < n && title.at(j) >= QLatin1Char('0') && title.at(j) <= QLatin1Char('9'))
-            ++j;
-        const QStringView run = QStringView(title).sliced(i, j - i);
-        bool ok = false;
-        qint64 value = run.toLongLong(&ok);
-        if (!ok)
-            value = std::numeric_limits<qint64>::max(); // all digits: only overflow fails
-        if (value == 0) {
-            out += run;
-        } else {
-            out += QStringLiteral("%1").arg(value, 8, 10, QLatin1Char('0'));
-            ++padded;
-        }
-        i = j;
-    }
-    return out;
-}

@@ -33,11 +33,3 @@ struct ORVDocumentTitleAndSummary {
 ORVDocumentTitleAndSummary documentTitleAndSummaryWithContent(const QString &content);
 // Both, from the start of a document file.
 ORVDocumentTitleAndSummary documentTitleAndSummaryWithFile(const QString &path);
-
-// stringByWellToDigitSortString: a title's sort key (forSortTitle). Every run
-// of ASCII digits whose value is not 0 becomes its value padded to eight
-// digits ("%08ld"), so that "Part 10" sorts after "Part 9"; a run of value 0
-// stays as it is. Only the first seven such runs are padded; the eighth and
-// later stay as written. A run too long for 64 bits counts as the largest
-// 64-bit value.
-QString stringByWellToDigitSortString(const QString &title);

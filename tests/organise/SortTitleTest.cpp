@@ -1,5 +1,6 @@
 // Sort keys of titles, reading the start of files, and decoding text of
 // unknown encoding.
+#include "library/ORVListDataItem.h"
 #include "library/document_title.h"
 #include "library/text_file.h"
 #include "support/TestEnv.h"
@@ -7,26 +8,16 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-TEST(SortTitle, NumbersArePaddedSoThatTheyOrderByValue)
+TEST(SortTitle, ZeroRunsAndLeadingZerosCountForNothing)
 {
-    EXPECT_EQ(stringByWellToDigitSortString(QStringLiteral("Part 9")), QStringLiteral("Part 00000009"));
-    EXPECT_EQ(stringByWellToDigitSortString(QStringLiteral("Part 10")), QStringLiteral("Part 00000010"));
-    EXPECT_LT(stringByWellToDigitSortString(QStringLiteral("Part 9")), stringByWellToDigitSortString(QStringLiteral("Part 10")));
-    // Leading zeros count for nothing; a run of value 0 stays as written and is not counted.
-    EXPECT_EQ(stringByWellToDigitSortString(QStringLiteral("v007 and 000 and 0")), QStringLiteral("v00000007 and 000 and 0"));
-    // Longer than eight digits: the value as it is.
-    EXPECT_EQ(stringByWellToDigitSortString(QStringLiteral("123456789")), QStringLiteral("123456789"));
-    // Too long for 64 bits: the largest value, not a wrap-around.
-    EXPECT_EQ(stringByWellToDigitSortString(QStringLiteral("99999999999999999999")), QStringLiteral("9223372036854775807"));
-    EXPECT_EQ(stringByWellToDigitSortString(QString()), QString());
-}
-
-TEST(SortTitle, OnlySevenRunsArePaddedAndZeroRunsDoNotCount)
-{
-    EXPECT_EQ(stringByWellToDigitSortString(QStringLiteral("1.2.3.4.5.6.7.8.9")),
-              QStringLiteral("00000001.00000002.00000003.00000004.00000005.00000006.00000007.8.9"));
-    EXPECT_EQ(stringByWellToDigitSortString(QStringLiteral("0-1-2-3-4-5-6-7-8")),
+    const auto key = &ORVListDataItem::stringByWellToDigitSortString;
+    EXPECT_EQ(key(QStringLiteral("v007 and 000 and 0")), QStringLiteral("v00000007 and 000 and 0"));
+    // Zero runs do not use up the seven padded runs.
+    EXPECT_EQ(key(QStringLiteral("0-1-2-3-4-5-6-7-8")),
               QStringLiteral("0-00000001-00000002-00000003-00000004-00000005-00000006-00000007-8"));
+    // Too long for 64 bits: kept as written, never wrapped around.
+    EXPECT_EQ(key(QStringLiteral("99999999999999999999")), QStringLiteral("99999999999999999999"));
+    EXPECT_EQ(key(QString()), QString());
 }
 
 TEST(SortTitle, TheStartOfAFileReadsTheSameFromDiskAndFromMemory)
