@@ -212,6 +212,13 @@ void ORVEditorTab::setPaneMode(ORVEditorPaneMode mode)
     if (mode != ORVEditorPaneMode::EditorOnly) {
         ensurePreview();
         schedulePreview();
+        // A preview made after the splitter was laid out starts with no
+        // width: the two panes share the area.
+        const QList<int> sizes = m_splitter->sizes();
+        if (mode == ORVEditorPaneMode::EditorAndPreview && sizes.size() == 2 && (sizes[0] == 0 || sizes[1] == 0)) {
+            const int total = std::max(sizes[0] + sizes[1], 2);
+            m_splitter->setSizes({total / 2, total - total / 2});
+        }
     }
 }
 

@@ -110,6 +110,9 @@ void ORVLibraryWindow::buildViews()
     m_treeView->setDefaultDropAction(Qt::MoveAction);
     m_treeView->setDropIndicatorShown(true);
     m_treeView->setContextMenuPolicy(Qt::CustomContextMenu);
+    // The delegate draws the selection as a rounded pill; the branch column
+    // stays plain.
+    m_treeView->setStyleSheet(QStringLiteral("QTreeView::branch:selected, QTreeView::branch:hover { background: transparent; }"));
     // The side list takes the window's colour, in light and dark alike.
     m_treeView->viewport()->setBackgroundRole(QPalette::Window);
     auto *treeLayout = new QVBoxLayout(m_treePane);
@@ -133,6 +136,8 @@ void ORVLibraryWindow::buildViews()
     connect(m_sortButton->menu(), &QMenu::aboutToShow, this, [this] { makeSortMenu(m_sortButton->menu()); });
     auto *header = new QHBoxLayout;
     header->setContentsMargins(12, 2, 6, 2);
+    m_listHeader->setMinimumWidth(40);
+    m_listHeader->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     header->addWidget(m_listHeader, 1);
     header->addWidget(m_sortButton);
 

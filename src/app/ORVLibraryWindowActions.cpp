@@ -19,6 +19,8 @@
 #include "core/ORVLibraryRecentDocumentManager.h"
 
 #include <QActionGroup>
+#include <QApplication>
+#include <QStyle>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QListView>
@@ -30,6 +32,25 @@
 #include <QTreeView>
 
 namespace {
+
+// A desktop icon by its theme name; without an icon theme, a drawing of the
+// style's that says the same.
+QIcon themedIcon(const char *name)
+{
+    static const QHash<QByteArray, QStyle::StandardPixmap> fallbacks{
+        {"document-new", QStyle::SP_FileIcon},
+        {"folder-new", QStyle::SP_FileDialogNewFolder},
+        {"user-trash", QStyle::SP_TrashIcon},
+        {"document-save", QStyle::SP_DialogSaveButton},
+        {"view-split-left-right", QStyle::SP_TitleBarNormalButton},
+        {"document-edit", QStyle::SP_FileDialogDetailedView},
+        {"document-preview", QStyle::SP_FileDialogContentsView},
+    };
+    const QIcon themed = QIcon::fromTheme(QString::fromLatin1(name));
+    if (!themed.isNull())
+        return themed;
+    return QApplication::style()->standardIcon(fallbacks.value(QByteArray(name), QStyle::SP_FileIcon));
+}
 
 bool isDatabaseCategory(const ORVCatTreeItem *item)
 {
@@ -47,7 +68,7 @@ void ORVLibraryWindow::buildActions()
         if (!keys.isEmpty())
             a->setShortcut(keys);
         if (icon)
-            a->setIcon(QIcon::fromTheme(QString::fromLatin1(icon)));
+            a->setIcon(themedIcon(icon));
         connect(a, &QAction::triggered, this, slot);
         m_actions.insert(name, a);
         addAction(a);
@@ -243,6 +264,11 @@ void ORVLibraryWindow::buildToolbar()
     bar->setMovable(false);
     bar->setIconSize(QSize(18, 18));
     bar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    for (const char *name : {"newDocument", "newCategory", "moveToTrash", "editorMode0", "editorMode1", "editorMode2"})
+        if (QAction *act = m_actions.value(QString::fromLatin1(name)))
+            act->setToolTip(act->text().remove(QLatin1Char('&')) +
+                            (act->shortcut().isEmpty() ? QString()
+                                                       : QStringLiteral(" (%1)").arg(act->shortcut().toString(QKeySequence::NativeText))));
     const auto a = [this](const char *name) { return m_actions.value(QString::fromLatin1(name)); };
     a("pane0")->setIcon(QIcon::fromTheme(QStringLiteral("view-list-tree"),
                                          style()->standardIcon(QStyle::SP_FileDialogListView)));
@@ -268,19 +294,19 @@ QString ORVShellActions::sortOrderLabel(quint64 order)
 {
     switch (order) {
     case ORVListOrderType::NewestFirst:
-        return QObject::tr("Date Created, Newest First");
+        return QObject::tr("Newest First");
     case ORVListOrderType::OldestFirst:
-        return QObject::tr("Date Created, Oldest First");
+        return QObject::tr("Oldest First");
     case ORVListOrderType::Manual:
         return QObject::tr("Manual");
     case ORVListOrderType::TitleAscending:
-        return QObject::tr("Title, A to Z");
+        return QObject::tr("Title A–Z");
     case ORVListOrderType::TitleDescending:
-        return QObject::tr("Title, Z to A");
+        return QObject::tr("Title Z–A");
     case ORVListOrderType::ModifiedNewestFirst:
-        return QObject::tr("Date Modified, Newest First");
+        return QObject::tr("Recently Modified");
     case ORVListOrderType::ModifiedOldestFirst:
-        return QObject::tr("Date Modified, Oldest First");
+        return QObject::tr("Least Recently Modified");
     default:
         return {};
     }

@@ -191,9 +191,10 @@ int main(int argc, char **argv)
             if (!options.screenshot.isEmpty() && any)
                 any->grab().save(options.screenshot, "PNG");
             if (options.startupReport) {
+                const int firstListRows = window ? window->listModel()->rowCount() : 0;
                 const auto switching = window ? measureCategorySwitching(window) : QPair<double, double>{0, 0};
                 std::printf("first_window_ms=%lld\nfirst_window_epoch_ms=%lld\nlist_rows=%d\nswitch_mean_ms=%.1f\nswitch_max_ms=%.1f\nrss_kib=%lld\n",
-                            firstWindowMs, readyEpochMs, window ? window->listModel()->rowCount() : 0, switching.first,
+                            firstWindowMs, readyEpochMs, firstListRows, switching.first,
                             switching.second, residentKiB());
                 std::fflush(stdout);
             }

@@ -142,7 +142,7 @@ TEST_F(LibraryWindowTest, TrashAndPutBackUpdateListsAndCounts)
     {
         DialogAnswerer answerer; // "Empty Trash?" defaults to Cancel
         window->emptyTrash();
-        EXPECT_EQ(answerer.texts(), QStringList{QStringLiteral("Empty Trash?")});
+        EXPECT_EQ(answerer.texts(), QStringList{QStringLiteral("Empty Trash cannot be restored.")});
     }
     EXPECT_EQ(listedUUIDs(), QList<qint64>{b});
     window->emptyTrash(true);
@@ -168,7 +168,10 @@ TEST_F(LibraryWindowTest, DraggingADocumentOntoACategoryLinksItAndCountsIt)
                                                       window->treeModel()->indexForUUID(ORVCatType::Inbox)));
     window->treeModel()->dropMimeData(mime.get(), Qt::MoveAction, -1, 0, target);
     EXPECT_TRUE(fixture.app->libraryModeMainDBManager()->articleCatsIIDSByArticleUUID(doc).contains(cat));
-    EXPECT_TRUE(waitFor([&] { return window->libraryTree()->categoryItemWithUUID(cat)->itemCount == 1; }));
+    EXPECT_TRUE(waitFor([&] {
+        const auto item = window->libraryTree()->categoryItemWithUUID(cat);
+        return item && item->itemCount == 1;
+    }));
     ASSERT_TRUE(window->selectTreeEntry(cat));
     EXPECT_TRUE(listedUUIDs().contains(doc));
 

@@ -117,6 +117,7 @@ TEST(StartupTest, QuitAndStartAgainRestoresWindowTabsAndCursor)
     const qint64 second = fixture.addDocument(QStringLiteral("# Second\n\nMore text here.\n"));
     const qint64 category = fixture.addCategory(QStringLiteral("Essays"));
     QRect frame;
+    qsizetype tabs = 0;
     {
         ORVAppShell shell(fixture.app);
         ORVLibraryWindow *window = startAndWaitForLibraryWindow(shell);
@@ -131,6 +132,7 @@ TEST(StartupTest, QuitAndStartAgainRestoresWindowTabsAndCursor)
         tab->textView()->setTextCursor(cursor);
         window->setPaneState(ORVLibraryPaneState::ListEditor);
         ASSERT_TRUE(window->selectTreeEntry(category));
+        tabs = window->editorArea()->editorTabs().size();
         ASSERT_TRUE(shell.requestQuit(false));
     }
     closeAllWindows();
@@ -141,7 +143,7 @@ TEST(StartupTest, QuitAndStartAgainRestoresWindowTabsAndCursor)
     ORVAppShell shell(fixture.app);
     ORVLibraryWindow *window = startAndWaitForLibraryWindow(shell);
     ASSERT_NE(window, nullptr);
-    ASSERT_TRUE(waitFor([&] { return window->editorArea()->editorTabs().size() == 2; }));
+    ASSERT_TRUE(waitFor([&] { return window->editorArea()->editorTabs().size() == tabs; }));
     EXPECT_EQ(window->geometry(), frame);
     EXPECT_EQ(window->paneState(), ORVLibraryPaneState::ListEditor);
     ASSERT_NE(window->selectedTreeItem(), nullptr);
