@@ -121,6 +121,7 @@ void ORVExternalWindow::buildViews()
     m_listView->setDragEnabled(true);
     m_listView->setMouseTracking(true);
     m_listView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_listView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto *listLayout = new QVBoxLayout(listPane);
     listLayout->setContentsMargins(0, 6, 0, 0);
     listLayout->setSpacing(4);

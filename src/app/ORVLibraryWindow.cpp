@@ -6,6 +6,7 @@
 #include "app/ORVLibraryTreeDelegate.h"
 #include "app/ORVLibraryTreeModel.h"
 #include "app/ORVMDTextView.h"
+#include "app/ORVSidebarTreeView.h"
 #include "core/AppDelegate.h"
 #include "core/MyPreferences.h"
 #include "core/ORVNotificationCenter.h"
@@ -33,7 +34,7 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
-#include <QToolButton>
+#include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -91,7 +92,7 @@ void ORVLibraryWindow::buildViews()
     // Tree pane.
     m_treePane = new QWidget(this);
     m_treePane->setObjectName(QStringLiteral("orvTreePane"));
-    m_treeView = new QTreeView(m_treePane);
+    m_treeView = new ORVSidebarTreeView(m_treePane);
     m_treeModel = new ORVLibraryTreeModel(m_tree.get(), this);
     m_treeModel->shownListProvider = [this](qint64 &uuid, bool &isTag, QString &tagName) {
         uuid = m_list->fetchUUID;
@@ -100,21 +101,11 @@ void ORVLibraryWindow::buildViews()
     };
     m_treeView->setModel(m_treeModel);
     m_treeView->setItemDelegate(new ORVLibraryTreeDelegate(m_treeView));
-    m_treeView->setHeaderHidden(true);
-    m_treeView->setFrameShape(QFrame::NoFrame);
-    m_treeView->setRootIsDecorated(true);
-    m_treeView->setIndentation(14);
-    m_treeView->setUniformRowHeights(true);
     m_treeView->setEditTriggers(QAbstractItemView::EditKeyPressed);
     m_treeView->setDragDropMode(QAbstractItemView::DragDrop);
     m_treeView->setDefaultDropAction(Qt::MoveAction);
     m_treeView->setDropIndicatorShown(true);
     m_treeView->setContextMenuPolicy(Qt::CustomContextMenu);
-    // The delegate draws the selection as a rounded pill; the branch column
-    // stays plain.
-    m_treeView->setStyleSheet(QStringLiteral("QTreeView::branch:selected, QTreeView::branch:hover { background: transparent; }"));
-    // The side list takes the window's colour, in light and dark alike.
-    m_treeView->viewport()->setBackgroundRole(QPalette::Window);
     auto *treeLayout = new QVBoxLayout(m_treePane);
     treeLayout->setContentsMargins(0, 0, 0, 0);
     treeLayout->addWidget(m_treeView);
@@ -129,9 +120,8 @@ void ORVLibraryWindow::buildViews()
     QFont headerFont = m_listHeader->font();
     headerFont.setBold(true);
     m_listHeader->setFont(headerFont);
-    m_sortButton = new QToolButton(m_listPane);
-    m_sortButton->setPopupMode(QToolButton::InstantPopup);
-    m_sortButton->setAutoRaise(true);
+    m_sortButton = new QPushButton(m_listPane);
+    m_sortButton->setFlat(true);
     m_sortButton->setMenu(new QMenu(m_sortButton));
     connect(m_sortButton->menu(), &QMenu::aboutToShow, this, [this] { makeSortMenu(m_sortButton->menu()); });
     auto *header = new QHBoxLayout;
@@ -158,6 +148,7 @@ void ORVLibraryWindow::buildViews()
     m_listView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_listView->setContextMenuPolicy(Qt::CustomContextMenu);
     m_listView->setUniformItemSizes(false);
+    m_listView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_emptyList = new QLabel(tr("No Documents"), m_listView->viewport());
     m_emptyList->setAlignment(Qt::AlignCenter);
     m_emptyList->setForegroundRole(QPalette::PlaceholderText);

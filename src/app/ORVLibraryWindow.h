@@ -25,7 +25,7 @@ class QListView;
 class QMenu;
 class QSplitter;
 class QStackedWidget;
-class QToolButton;
+class QPushButton;
 class QTreeView;
 
 // How much of a library window shows.
@@ -154,7 +154,7 @@ private:
     QTreeView *m_treeView = nullptr;
     QListView *m_listView = nullptr;
     QLineEdit *m_searchField = nullptr;
-    QToolButton *m_sortButton = nullptr;
+    QPushButton *m_sortButton = nullptr;
     QLabel *m_listHeader = nullptr;
     QLabel *m_emptyList = nullptr;
     QStackedWidget *m_editorStack = nullptr;

@@ -28,7 +28,7 @@
 #include <QMessageBox>
 #include <QSplitter>
 #include <QToolBar>
-#include <QToolButton>
+#include <QPushButton>
 #include <QTreeView>
 
 namespace {
