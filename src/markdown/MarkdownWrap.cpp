@@ -9,6 +9,7 @@
 #include <QStringEncoder>
 
 #include <atomic>
+#include <utility>
 #include <cstdint>
 #include <cstring>
 
@@ -249,17 +250,17 @@ QString MarkdownWrap::markdownToHtml(const QString &markdown, const Options &opt
         copyInfo(state->flags, options.info);
     hoedown_html_renderer_free(renderer);
 
-    QString html;
+    hoedown_buffer *body = ob;
     if (options.smartypants && type != ORVRenderTypeTableOnly) {
         // The text is spent: its memory takes the replacement's output.
         text->size = 0;
         hoedown_html_smartypants(text, ob->data, ob->size);
-        html = fromBuffer(text);
-    } else {
-        html = fromBuffer(ob);
+        std::swap(body, text);
     }
-    hoedown_buffer_free(ob);
+    // Only the body is left to read: the rest goes before the string is made.
     hoedown_buffer_free(text);
+    QString html = fromBuffer(body);
+    hoedown_buffer_free(body);
 
     if (splice) {
         if (type == ORVRenderTypeEvernote)
