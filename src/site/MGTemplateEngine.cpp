@@ -1,0 +1,550 @@
+#include "site/MGTemplateEngine.h"
+
+#include "site/MGTemplatePluginRegistry.h"
+#include "site/MGTemplateStandardFilters.h"
+#include "site/MGTemplateStandardMarkers.h"
+
+#include <QFile>
+#include <QStringDecoder>
+
+namespace {
+
+const QLatin1String kCurrentCountKey("@count");
+const QLatin1String kTextLengthKey("length");
+
+// A decimal index at the start of a path component; nothing when the
+// component doesn't begin with a digit. Large numbers saturate (and so lie
+// past the end of any list).
+std::optional<qsizetype> indexFromComponent(QStringView component)
+{
+    if (component.isEmpty() || component[0] < u'0' || component[0] > u'9')
+        return std::nullopt;
+    qsizetype index = 0;
+    for (QChar c : component) {
+        if (c < u'0' || c > u'9')
+            break;
+        index = index > (std::numeric_limits<qsizetype>::max() - 9) / 10 ? std::numeric_limits<qsizetype>::max()
+                                                                          : index * 10 + (c.unicode() - u'0');
+    }
+    return index;
+}
+
+// A key read from a value that has no stored entry for it: "@count" of a
+// list or map, "length" of a text, and a key taken from every element of a
+// list. Null when there is nothing to read.
+MGTemplateValue computedValueForKey(const MGTemplateValue &object, QStringView key)
+{
+    if (const MGTemplateList *list = object.list()) {
+        if (key == kCurrentCountKey)
+            return MGTemplateValue::integer(list->size());
+        // Mapped over the elements; elements without the key stand as null.
+        // When no element has it, the key reads as nothing, which lets a
+        // numeric component fall back to an index.
+        MGTemplateList mapped;
+        bool any = false;
+        for (const MGTemplateValue &element : *list) {
+            const MGTemplateMap *map = element.map();
+            const MGTemplateValue *stored = map ? map->find(key) : nullptr;
+            MGTemplateValue v = stored ? *stored : computedValueForKey(element, key);
+            any = any || !v.isNull();
+            mapped.append(std::move(v));
+        }
+        return any ? MGTemplateValue(std::move(mapped)) : MGTemplateValue();
+    }
+    if (const MGTemplateMap *map = object.map())
+        return key == kCurrentCountKey ? MGTemplateValue::integer(map->size()) : MGTemplateValue();
+    if (const QString *text = object.text())
+        return key == kTextLengthKey ? MGTemplateValue::integer(text->size()) : MGTemplateValue();
+    return MGTemplateValue();
+}
+
+// Cuts a dotted path into components without copying.
+class PathComponents
+{
+public:
+    explicit PathComponents(QStringView path) : m_path(path) {}
+    // The next component; false after the last.
+    bool next(QStringView *component)
+    {
+        if (m_pos > m_path.size())
+            return false;
+        qsizetype dot = m_path.indexOf(u'.', m_pos);
+        if (dot < 0)
+            dot = m_path.size();
+        *component = m_path.mid(m_pos, dot - m_pos);
+        m_pos = dot + 1;
+        return true;
+    }
+    bool atEnd() const { return m_pos > m_path.size(); }
+
+private:
+    QStringView m_path;
+    qsizetype m_pos = 0;
+};
+
+QStringView firstComponent(QStringView path)
+{
+    const qsizetype dot = path.indexOf(u'.');
+    return dot < 0 ? path : path.left(dot);
+}
+
+// Reads `path` from the container whose key is its first component. Each
+// later component is a stored key, else a computed one, else (on a list) an
+// index. With `parent`, also gives the value that holds the last component.
+MGTemplateValue evaluatePath(const MGTemplateMap &container, QStringView path, MGTemplateValue *parent)
+{
+    PathComponents components(path);
+    QStringView component;
+    components.next(&component);
+    const MGTemplateValue *current = container.find(component);
+    if (!current)
+        return MGTemplateValue();
+    MGTemplateValue computed; // holds a value that no container stores
+    while (components.next(&component)) {
+        if (parent)
+            *parent = *current;
+        const MGTemplateMap *map = current->map();
+        if (const MGTemplateValue *stored = map ? map->find(component) : nullptr) {
+            current = stored;
+            continue;
+        }
+        MGTemplateValue v = computedValueForKey(*current, component);
+        if (v.isNull()) {
+            const MGTemplateList *list = current->list();
+            const std::optional<qsizetype> index = list ? indexFromComponent(component) : std::nullopt;
+            if (!index || *index >= list->size())
+                return MGTemplateValue();
+            current = &list->at(*index);
+            continue;
+        }
+        computed = std::move(v);
+        current = &computed;
+    }
+    return *current;
+}
+
+} // namespace
+
+std::unique_ptr<MGTemplateEngine> MGTemplateEngine::templateEngine()
+{
+    return std::make_unique<MGTemplateEngine>();
+}
+
+QString MGTemplateEngine::engineVersion()
+{
+    return QStringLiteral("1.0.1");
+}
+
+MGTemplateEngine::MGTemplateEngine()
+    : _markerStartDelimiter(QStringLiteral("{%")), _markerEndDelimiter(QStringLiteral("%}")),
+      _expressionStartDelimiter(QStringLiteral("{{")), _expressionEndDelimiter(QStringLiteral("}}")),
+      _filterDelimiter(QStringLiteral("|")), _literalStartMarker(QStringLiteral("literal")),
+      _literalEndMarker(QStringLiteral("/literal")), m_registry(&MGTemplatePluginRegistry::sharedRegistry())
+{
+    loadMarker(std::make_shared<MGTemplateStandardMarkers>(this));
+    loadFilter(std::make_shared<MGTemplateStandardFilters>());
+    m_engineGlobal = MGTemplateMap{
+        {QStringLiteral("delimiters"), MGTemplateMap{{QStringLiteral("markerStart"), _markerStartDelimiter},
+                                                     {QStringLiteral("markerEnd"), _markerEndDelimiter},
+                                                     {QStringLiteral("expressionStart"), _expressionStartDelimiter},
+                                                     {QStringLiteral("expressionEnd"), _expressionEndDelimiter},
+                                                     {QStringLiteral("filter"), _filterDelimiter}}}};
+}
+
+MGTemplateEngine::~MGTemplateEngine() = default;
+
+void MGTemplateEngine::setMatcher(std::unique_ptr<MGTemplateEngineMatcher> matcher)
+{
+    _matcher = std::move(matcher);
+    if (_matcher)
+        _matcher->setEngine(this);
+}
+
+void MGTemplateEngine::setObjectForKey(const MGTemplateValue &value, const QString &key)
+{
+    _globals.insert(key, value);
+}
+
+void MGTemplateEngine::addEntriesFromDictionary(const MGTemplateMap &entries)
+{
+    for (const MGTemplateMap::Entry &e : entries)
+        _globals.insert(e.first, e.second);
+}
+
+MGTemplateValue MGTemplateEngine::objectForKey(QStringView key) const
+{
+    const MGTemplateValue *v = _globals.find(key);
+    return v ? *v : MGTemplateValue();
+}
+
+void MGTemplateEngine::loadMarker(const std::shared_ptr<MGTemplateMarker> &marker)
+{
+    if (!marker)
+        return;
+    bool registered = false;
+    for (const QString &name : marker->markers()) {
+        if (!_markers.contains(name)) {
+            _markers.insert(name, marker);
+            registered = true;
+        }
+    }
+    if (registered)
+        m_markerHandlers.push_back(marker);
+}
+
+void MGTemplateEngine::loadFilter(const std::shared_ptr<MGTemplateFilter> &filter)
+{
+    if (!filter)
+        return;
+    for (const QString &name : filter->filters()) {
+        if (!_filters.contains(name))
+            _filters.insert(name, filter);
+    }
+}
+
+void MGTemplateEngine::setRunGlobals()
+{
+    _globals.insert(QStringLiteral("engine"), m_engineGlobal);
+    for (const char *name : {"true", "YES", "yes"})
+        _globals.insert(QString::fromLatin1(name), MGTemplateValue::boolean(true));
+    for (const char *name : {"false", "NO", "no"})
+        _globals.insert(QString::fromLatin1(name), MGTemplateValue::boolean(false));
+}
+
+const MGTemplateMap *MGTemplateEngine::containerForVariable(QStringView first) const
+{
+    if (_templateVariables.contains(first))
+        return &_templateVariables;
+    if (_globals.contains(first))
+        return &_globals;
+    for (auto block = _openBlocksStack.rbegin(); block != _openBlocksStack.rend(); ++block) {
+        if (block->vars.contains(first))
+            return &block->vars;
+    }
+    return nullptr;
+}
+
+MGTemplateMap *MGTemplateEngine::mutableContainerForVariable(QStringView first)
+{
+    return const_cast<MGTemplateMap *>(containerForVariable(first));
+}
+
+MGTemplateValue MGTemplateEngine::resolveVariable(QStringView name) const
+{
+    const MGTemplateMap *container = containerForVariable(firstComponent(name));
+    return container ? evaluatePath(*container, name, nullptr) : MGTemplateValue();
+}
+
+MGTemplateValue MGTemplateEngine::valueForVariableParentParentKey(QStringView name, MGTemplateValue *parent,
+                                                                  QString *parentKey) const
+{
+    const MGTemplateMap *container = containerForVariable(firstComponent(name));
+    if (!container)
+        return MGTemplateValue();
+    MGTemplateValue holder = *container;
+    const MGTemplateValue value = evaluatePath(*container, name, &holder);
+    if (parent)
+        *parent = value.isNull() ? MGTemplateValue() : holder;
+    if (parentKey) {
+        const qsizetype dot = name.lastIndexOf(u'.');
+        *parentKey = (dot < 0 ? name : name.mid(dot + 1)).toString();
+    }
+    return value;
+}
+
+void MGTemplateEngine::setValueForVariableForceCurrentStackFrame(const MGTemplateValue &value, const QString &name,
+                                                                 bool force)
+{
+    if (force || resolveVariable(name).isNull()) {
+        MGTemplateMap &target = _openBlocksStack.empty() ? _templateVariables : _openBlocksStack.back().vars;
+        target.insert(name, value);
+        return;
+    }
+    // The variable has a value: replace it where it lives. Only stored
+    // places can be written; a key computed over a list's elements or a
+    // counted size holds nothing to replace.
+    const QStringView first = firstComponent(name);
+    MGTemplateMap *container = mutableContainerForVariable(first);
+    if (first.size() == name.size()) {
+        container->insert(name, value);
+        return;
+    }
+    PathComponents components(name);
+    QStringView component;
+    components.next(&component);
+    MGTemplateValue *current = container->findMutable(component);
+    components.next(&component);
+    while (!components.atEnd()) {
+        if (MGTemplateMap *map = current->mutableMap()) {
+            current = map->findMutable(component);
+        } else if (MGTemplateList *list = current->mutableList()) {
+            const std::optional<qsizetype> index = indexFromComponent(component);
+            current = index && *index < list->size() ? &list->mutableAt(*index) : nullptr;
+        } else {
+            current = nullptr;
+        }
+        if (!current)
+            return;
+        components.next(&component);
+    }
+    if (MGTemplateMap *map = current->mutableMap()) {
+        map->insert(component.toString(), value);
+    } else if (MGTemplateList *list = current->mutableList()) {
+        const std::optional<qsizetype> index = indexFromComponent(component);
+        if (index && *index < list->size())
+            list->mutableAt(*index) = value;
+    }
+}
+
+void MGTemplateEngine::reportErrorCodeContinuing(const QString &message, int code, bool continuing)
+{
+    if (!_delegate)
+        return;
+    MGTemplateError error;
+    error.domain = QStringLiteral("MGTemplateEngineErrorDomain");
+    error.code = code;
+    error.description = continuing ? message : QStringLiteral("Fatal Error: %1").arg(message);
+    _delegate->templateEngineEncounteredErrorIsContinuing(this, error, continuing);
+}
+
+void MGTemplateEngine::reportBlockBoundaryStarted(bool started)
+{
+    if (!_delegate || _openBlocksStack.empty())
+        return;
+    if (started)
+        _delegate->templateEngineBlockStarted(this, _openBlocksStack.back());
+    else
+        _delegate->templateEngineBlockEnded(this, _openBlocksStack.back());
+}
+
+void MGTemplateEngine::reportTemplateProcessingFinished()
+{
+    if (_delegate)
+        _delegate->templateEngineFinishedProcessingTemplate(this);
+}
+
+bool MGTemplateEngine::checkOutputLimit(const QString &output)
+{
+    if (output.size() <= m_limits.maxOutputLength)
+        return true;
+    reportErrorCodeContinuing(QStringLiteral("Template processing stopped: the output grew beyond %1 characters")
+                                  .arg(m_limits.maxOutputLength),
+                              MGTemplateEngineErrorRunLimitReached, false);
+    return false;
+}
+
+std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QString &templateString,
+                                                                      const MGTemplateMap &variables)
+{
+    _openBlocksStack.clear();
+    setRunGlobals();
+    _outputDisabledCount = 0;
+    _templateContents = templateString;
+    _templateLength = templateString.size();
+    _templateVariables = variables;
+    _remainingRange = {0, _templateLength};
+    _literal = false;
+    m_markersThisRun = 0;
+
+    if (!_matcher) {
+        reportErrorCodeContinuing(QStringLiteral("No matcher has been configured for the template engine"),
+                                  MGTemplateEngineErrorNoMatcher, false);
+        return std::nullopt;
+    }
+    _matcher->engineSettingsChanged();
+
+    QString output;
+    output.reserve(std::min(m_outputSizeHint, m_limits.maxOutputLength));
+    const QChar *text = _templateContents.constData();
+    while (_remainingRange.location != MGTemplateRange::NotFound) {
+        const std::shared_ptr<const MGTemplateMatch> found = _matcher->firstMarkerWithinRange(_remainingRange);
+        if (!found) {
+            if (outputEnabled())
+                output.append(text + _remainingRange.location, _remainingRange.length);
+            checkOutputLimit(output);
+            if (!_openBlocksStack.empty()) {
+                QStringList names;
+                for (const MGTemplateBlock &block : _openBlocksStack)
+                    names.append(block.name);
+                const auto count = qulonglong(names.size());
+                reportErrorCodeContinuing(
+                    QStringLiteral("Finished processing template, but %1 %2 left open (%3).")
+                        .arg(count)
+                        .arg(count == 1 ? QStringLiteral("block was") : QStringLiteral("blocks were"),
+                             names.join(QStringLiteral(", "))),
+                    MGTemplateEngineErrorBlocksLeftOpen, true);
+            }
+            break;
+        }
+        const MGTemplateMatch &match = *found;
+        if (match.range.location < _remainingRange.location || match.range.end() > _templateLength) {
+            reportErrorCodeContinuing(QStringLiteral("Marker handler \"%1\" specified an invalid range to resume "
+                                                     "processing from")
+                                          .arg(match.name),
+                                      MGTemplateEngineErrorInvalidRange, false);
+            break;
+        }
+        if (++m_markersThisRun > m_limits.maxMarkers) {
+            reportErrorCodeContinuing(
+                QStringLiteral("Template processing stopped after %1 markers and expressions").arg(m_limits.maxMarkers),
+                MGTemplateEngineErrorRunLimitReached, false);
+            break;
+        }
+        if (outputEnabled())
+            output.append(text + _remainingRange.location, match.range.location - _remainingRange.location);
+        _remainingRange = {match.range.end(), _templateLength - match.range.end()};
+
+        if (match.name == _literalStartMarker) {
+            if (!_literal || !outputEnabled())
+                _literal = true;
+            else
+                output.append(text + match.range.location, match.range.length);
+        } else if (match.name == _literalEndMarker) {
+            _literal = false;
+        } else if (_literal && outputEnabled()) {
+            output.append(text + match.range.location, match.range.length);
+        } else if (match.type == MGTemplateMatch::Type::Expression) {
+            const MGTemplateValue value = resolveVariable(match.name);
+            if (!value.isNull()) {
+                if (outputEnabled())
+                    printValue(match, value, output);
+            } else if (outputEnabled()) {
+                reportErrorCodeContinuing(QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("variable")),
+                                          MGTemplateEngineErrorInvalidVariable, true);
+            }
+        } else if (!processMarker(match, output)) {
+            break;
+        }
+        if (!checkOutputLimit(output))
+            break;
+    }
+
+    for (const std::shared_ptr<MGTemplateMarker> &handler : m_markerHandlers)
+        handler->engineFinishedProcessingTemplate();
+    reportTemplateProcessingFinished();
+    m_outputSizeHint = output.size();
+    return output;
+}
+
+bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, QString &output)
+{
+    // Held for the call: a `load` marker may register handlers meanwhile.
+    const std::shared_ptr<MGTemplateMarker> handler = _markers.value(match.name);
+    if (!handler) {
+        reportErrorCodeContinuing(QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("marker")),
+                                  MGTemplateEngineErrorInvalidMarker, true);
+        return true;
+    }
+
+    MGTemplateMarkerCall call;
+    call.marker = match.name;
+    call.arguments = match.args;
+    call.range = match.range;
+    const bool wasEnabled = outputEnabled();
+    call.outputEnabled = wasEnabled;
+    call.nextRange = _remainingRange;
+    if (!_openBlocksStack.empty()) {
+        const MGTemplateBlock &top = _openBlocksStack.back();
+        const auto owner = _markers.constFind(top.name);
+        if (owner != _markers.constEnd() && owner->get() == handler.get())
+            call.currentBlockInfo = &top;
+    }
+    const MGTemplateValue result = handler->markerEncountered(call);
+
+    if (call.outputEnabled != wasEnabled)
+        _outputDisabledCount += call.outputEnabled ? -1 : 1;
+
+    const MGTemplateRange next = call.nextRange;
+    if (next.location < 0 || next.length < 0 || next.location > _templateLength ||
+        next.length > _templateLength - next.location) {
+        reportErrorCodeContinuing(
+            QStringLiteral("Marker handler \"%1\" specified an invalid range to resume processing from").arg(match.name),
+            MGTemplateEngineErrorInvalidRange, false);
+        return false;
+    }
+    _remainingRange = next;
+
+    if (call.blockStarted && call.blockEnded) {
+        reportErrorCodeContinuing(
+            QStringLiteral("Marker \"%1\" reported that a block simultaneously began and ended").arg(match.name),
+            MGTemplateEngineErrorBlockStartedAndEndedSimultaneously, true);
+    } else if (call.blockStarted) {
+        QStringList endNames = handler->endMarkersForMarker(match.name);
+        if (endNames.isEmpty()) {
+            reportErrorCodeContinuing(
+                QStringLiteral("Marker \"%1\" started a block but did not supply any suitable end-markers")
+                    .arg(match.name),
+                MGTemplateEngineErrorNoEndMarkersForBlock, true);
+            return true;
+        }
+        if (qsizetype(_openBlocksStack.size()) >= m_limits.maxOpenBlocks) {
+            reportErrorCodeContinuing(QStringLiteral("Template processing stopped: more than %1 blocks were open at once")
+                                          .arg(m_limits.maxOpenBlocks),
+                                      MGTemplateEngineErrorRunLimitReached, false);
+            return false;
+        }
+        _openBlocksStack.push_back(MGTemplateBlock{match.name, std::move(endNames), match.args, match.range, {}});
+        reportBlockBoundaryStarted(true);
+    } else if (call.blockEnded) {
+        const MGTemplateBlock *top = _openBlocksStack.empty() ? nullptr : &_openBlocksStack.back();
+        if (!top || !call.currentBlockInfo || !top->endNames.contains(match.name)) {
+            reportErrorCodeContinuing(
+                top ? QStringLiteral("Marker \"%1\" reported that a block ended, but current block was started by "
+                                     "\"%2\" marker")
+                          .arg(match.name, top->name)
+                    : QStringLiteral("Marker \"%1\" reported that a non-existent block ended").arg(match.name),
+                MGTemplateEngineErrorBlockEndedWithoutBeingStarted, true);
+            return false;
+        }
+        reportBlockBoundaryStarted(false);
+        _openBlocksStack.pop_back();
+    }
+
+    for (const MGTemplateMap::Entry &entry : call.newVariables)
+        setValueForVariableForceCurrentStackFrame(entry.second, entry.first, call.blockStarted);
+
+    if (!result.isNull() && outputEnabled())
+        printValue(match, result, output);
+    return true;
+}
+
+void MGTemplateEngine::printValue(const MGTemplateMatch &match, const MGTemplateValue &value, QString &output)
+{
+    MGTemplateValue filtered;
+    const MGTemplateValue *shown = &value;
+    if (!match.filter.isEmpty()) {
+        const auto filter = _filters.constFind(match.filter);
+        if (filter != _filters.constEnd()) {
+            filtered = (*filter)->filterInvokedWithArgumentsOnValue(match.filter, match.filterArgs, value);
+            shown = &filtered;
+        }
+    }
+    if (shown->isCollection()) {
+        if (!shown->appendJson(output))
+            output += QLatin1String("[]");
+    } else {
+        shown->appendText(output);
+    }
+}
+
+std::optional<QString> MGTemplateEngine::processTemplateInFileAtPathWithVariables(const QString &path,
+                                                                                  const MGTemplateMap &variables)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    QString text;
+    if (const std::optional<QStringConverter::Encoding> bom = QStringConverter::encodingForData(bytes)) {
+        QStringDecoder decoder(*bom);
+        text = decoder.decode(bytes);
+    } else {
+        QStringDecoder utf8(QStringConverter::Utf8);
+        text = utf8.decode(bytes);
+        if (utf8.hasError())
+            text = QString::fromLatin1(bytes);
+    }
+    return processTemplateWithVariables(text, variables);
+}

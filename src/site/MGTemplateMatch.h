@@ -1,0 +1,24 @@
+#pragma once
+
+#include "site/MGTemplateRange.h"
+
+#include <QString>
+#include <QStringList>
+
+// One marker or expression as the matcher found it in a template.
+//
+// `{% for p in posts %}` is a marker named "for" with the arguments "p", "in",
+// "posts"; `{{ date | date_format: "yyyy" }}` is an expression named "date"
+// with the filter "date_format" and the filter argument "yyyy".
+struct MGTemplateMatch {
+    enum class Type : quint8 { Marker, Expression };
+
+    MGTemplateRange range; // the whole text, delimiters included
+    Type type = Type::Expression;
+    // The first word of the body; empty when the body holds no word, as in
+    // `{{ }}`.
+    QString name;
+    QStringList args;       // the other words of the body
+    QString filter;         // empty when there is none
+    QStringList filterArgs; // the words after the filter's name
+};

@@ -1,0 +1,180 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <variant>
+#include <vector>
+
+class QJsonValue;
+class MGTemplateValue;
+
+// The containers of template values. Both are values themselves: copies
+// share their elements until one of them is changed (copy on write), so
+// handing a large list to a template costs one reference count, and a
+// template that assigns into a variable never changes the caller's data.
+//
+// Not thread-safe for concurrent writes to one object; separate copies may be
+// used and changed on separate threads.
+
+// An ordered list of values.
+class MGTemplateList
+{
+public:
+    MGTemplateList() = default;
+    MGTemplateList(std::initializer_list<MGTemplateValue> values);
+
+    qsizetype size() const;
+    bool isEmpty() const { return size() == 0; }
+    // Index must be in [0, size()).
+    const MGTemplateValue &at(qsizetype index) const;
+    // Detaches from other copies; index must be in [0, size()).
+    MGTemplateValue &mutableAt(qsizetype index);
+    void append(MGTemplateValue value);
+    void reserve(qsizetype size);
+
+    const MGTemplateValue *begin() const;
+    const MGTemplateValue *end() const;
+
+    // True when both share the same elements (a cheap identity test).
+    bool sharesDataWith(const MGTemplateList &other) const;
+    bool operator==(const MGTemplateList &other) const;
+
+private:
+    void detach();
+    std::shared_ptr<std::vector<MGTemplateValue>> d; // null while empty
+};
+
+// A text-keyed dictionary. Keys are kept sorted (by UTF-16 code unit), which
+// makes look-ups a binary search and printed JSON independent of the order in
+// which entries were made.
+class MGTemplateMap
+{
+public:
+    using Entry = std::pair<QString, MGTemplateValue>;
+
+    MGTemplateMap() = default;
+    MGTemplateMap(std::initializer_list<Entry> entries);
+
+    qsizetype size() const;
+    bool isEmpty() const { return size() == 0; }
+    // The value under key, or null when absent.
+    const MGTemplateValue *find(QStringView key) const;
+    bool contains(QStringView key) const { return find(key) != nullptr; }
+    // Detaches; null when absent.
+    MGTemplateValue *findMutable(QStringView key);
+    // Adds or replaces.
+    void insert(const QString &key, MGTemplateValue value);
+    bool remove(QStringView key);
+    void clear() { d.reset(); }
+
+    const Entry *begin() const;
+    const Entry *end() const;
+
+    bool sharesDataWith(const MGTemplateMap &other) const;
+    bool operator==(const MGTemplateMap &other) const;
+
+private:
+    void detach();
+    std::shared_ptr<std::vector<Entry>> d; // null while empty
+};
+
+// One value a template works with: text, number, boolean, date, colour, list
+// or map, or nothing (null). Lists and maps print as compact JSON; every other
+// value prints as its plain text form (toText).
+class MGTemplateValue
+{
+public:
+    enum class Type : quint8 { Null, Text, Number, Boolean, Date, Colour, List, Map };
+
+    // A moment in time, in milliseconds since 1970-01-01T00:00:00Z.
+    struct Date {
+        qint64 msecsSinceEpoch = 0;
+        bool operator==(const Date &) const = default;
+    };
+    // A colour with components in [0, 1] of the sRGB space. Components out of
+    // that range (or not finite) can't be expressed as 8-bit RGB.
+    struct Colour {
+        double red = 0, green = 0, blue = 0, alpha = 1;
+        bool operator==(const Colour &) const = default;
+        // The 8-bit components, each component times 255 cut to an integer;
+        // nothing when a component lies outside [0, 1].
+        std::optional<std::array<int, 3>> rgb8() const;
+    };
+
+    MGTemplateValue() = default;
+    MGTemplateValue(const QString &text) : m_value(text) {}
+    MGTemplateValue(QString &&text) : m_value(std::move(text)) {}
+    MGTemplateValue(const char *utf8) : m_value(QString::fromUtf8(utf8)) {}
+    MGTemplateValue(MGTemplateList list) : m_value(std::move(list)) {}
+    MGTemplateValue(MGTemplateMap map) : m_value(std::move(map)) {}
+    MGTemplateValue(Date date) : m_value(date) {}
+    MGTemplateValue(Colour colour) : m_value(colour) {}
+    // Numbers and booleans are made explicitly, so that a literal never turns
+    // into the wrong kind by an implicit conversion.
+    static MGTemplateValue integer(qint64 value);
+    static MGTemplateValue number(double value);
+    static MGTemplateValue boolean(bool value);
+
+    Type type() const;
+    bool isNull() const { return m_value.index() == 0; }
+    bool isText() const { return std::holds_alternative<QString>(m_value); }
+    bool isNumber() const { return type() == Type::Number; }
+    bool isDate() const { return std::holds_alternative<Date>(m_value); }
+    bool isColour() const { return std::holds_alternative<Colour>(m_value); }
+    bool isList() const { return std::holds_alternative<MGTemplateList>(m_value); }
+    bool isMap() const { return std::holds_alternative<MGTemplateMap>(m_value); }
+    // Lists and maps, the values printed as JSON.
+    bool isCollection() const { return isList() || isMap(); }
+
+    // Accessors: null (or a default) when the value is of another type.
+    const QString *text() const { return std::get_if<QString>(&m_value); }
+    const MGTemplateList *list() const { return std::get_if<MGTemplateList>(&m_value); }
+    const MGTemplateMap *map() const { return std::get_if<MGTemplateMap>(&m_value); }
+    MGTemplateList *mutableList() { return std::get_if<MGTemplateList>(&m_value); }
+    MGTemplateMap *mutableMap() { return std::get_if<MGTemplateMap>(&m_value); }
+    std::optional<Date> date() const;
+    std::optional<Colour> colour() const;
+
+    // Numbers and booleans read as a number; booleans are 1 and 0.
+    std::optional<double> numberValue() const;
+    // Numbers and booleans read as a truth value: anything but zero is true.
+    bool numberIsNonZero() const;
+    // Whether the value has an integer reading, as numbers, booleans and
+    // texts do.
+    bool hasIntegerReading() const;
+
+    // The plain text form: texts as they are; integers in decimal; other
+    // numbers in the shortest form that reads back the same; booleans "1" and
+    // "0"; dates in ISO 8601 in UTC ("2020-01-02T03:04:05Z", milliseconds only
+    // when present); colours "#rrggbb" ("#rrggbbaa" when not opaque); lists and
+    // maps as compact JSON, dates and colours inside them written as texts;
+    // null as "".
+    QString toText() const;
+    void appendText(QString &out) const;
+
+    // Appends the value as strict compact JSON. Returns false, leaving `out`
+    // as it was, when the value holds something JSON can't express (a date, a
+    // colour, a number that isn't finite). "/" is written "\/" so that the text
+    // can stand inside a <script> element.
+    bool appendJson(QString &out) const;
+
+    // Same type and equal content. Lists and maps that share their data are
+    // equal without looking inside.
+    bool operator==(const MGTemplateValue &other) const;
+
+    // Reads a JSON value. An object of the one key "$date" with an ISO 8601
+    // text is a date; one of the one key "$color" with "#rrggbb" or
+    // "#rrggbbaa" is a colour. Integral numbers become integers. On a badly
+    // formed "$date" or "$color" returns nothing and says why in *error.
+    static std::optional<MGTemplateValue> fromJson(const QJsonValue &json, QString *error = nullptr);
+
+private:
+    void appendJsonTo(QString &out, bool strict, bool *ok) const;
+
+    std::variant<std::monostate, QString, qint64, double, bool, Date, Colour, MGTemplateList, MGTemplateMap> m_value;
+};
