@@ -13,7 +13,7 @@ struct ICUTemplateMatcher::ParsedTemplate {
     QString text;
     // The first match at or after a location, scanning to the template's
     // end; a null entry records that there is none.
-    std::unordered_map<qsizetype, std::shared_ptr<const MGTemplateMatch>> firstMatchFrom;
+    std::unordered_map<qsizetype, std::unique_ptr<MGTemplateMatch>> firstMatchFrom;
 };
 
 namespace {
@@ -247,7 +247,8 @@ void ICUTemplateMatcher::engineSettingsChanged()
 
     _templateString = e.templateContents();
     const auto same = std::find_if(m_recent.begin(), m_recent.end(), [&](const auto &parsed) {
-        return parsed->text.size() == _templateString.size() && parsed->text == _templateString;
+        return parsed->text.size() == _templateString.size() &&
+               (parsed->text.constData() == _templateString.constData() || parsed->text == _templateString);
     });
     if (same != m_recent.end()) {
         std::rotate(m_recent.begin(), same, same + 1);
@@ -260,24 +261,24 @@ void ICUTemplateMatcher::engineSettingsChanged()
     m_recent.insert(m_recent.begin(), std::move(parsed));
 }
 
-std::shared_ptr<const MGTemplateMatch> ICUTemplateMatcher::firstMarkerWithinRange(MGTemplateRange range)
+const MGTemplateMatch *ICUTemplateMatcher::firstMarkerWithinRange(MGTemplateRange range)
 {
     const qsizetype length = _templateString.size();
     if (range.location < 0 || range.length < 0 || range.location > length || range.length > length - range.location)
         return nullptr;
     // Scans that run to the template's end (all the engine makes) are kept.
-    if (range.end() != length || m_recent.empty())
-        return scan(range);
+    if (range.end() != length || m_recent.empty()) {
+        m_unkept = scan(range);
+        return m_unkept.get();
+    }
     auto &memo = m_recent.front()->firstMatchFrom;
-    const auto known = memo.find(range.location);
-    if (known != memo.end())
-        return known->second;
-    std::shared_ptr<const MGTemplateMatch> found = scan(range);
-    memo.emplace(range.location, found);
-    return found;
+    auto known = memo.find(range.location);
+    if (known == memo.end())
+        known = memo.emplace(range.location, scan(range)).first;
+    return known->second.get();
 }
 
-std::shared_ptr<const MGTemplateMatch> ICUTemplateMatcher::scan(MGTemplateRange range) const
+std::unique_ptr<MGTemplateMatch> ICUTemplateMatcher::scan(MGTemplateRange range) const
 {
     const QString starts[2] = {_markerStartDelimiter, _expressionStartDelimiter};
     const QString ends[2] = {_markerEndDelimiter, _expressionEndDelimiter};
@@ -286,7 +287,7 @@ std::shared_ptr<const MGTemplateMatch> ICUTemplateMatcher::scan(MGTemplateRange 
     if (!hit)
         return nullptr;
 
-    auto match = std::make_shared<MGTemplateMatch>();
+    auto match = std::make_unique<MGTemplateMatch>();
     const QStringView text(_templateString);
     match->range = {hit->start, hit->end - hit->start};
     match->type = hit->kind == MarkerKind ? MGTemplateMatch::Type::Marker : MGTemplateMatch::Type::Expression;

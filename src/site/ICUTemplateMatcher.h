@@ -45,7 +45,7 @@ public:
     MGTemplateEngine *engine() const override { return m_engine; }
     void setEngine(MGTemplateEngine *engine) override { m_engine = engine; }
     void engineSettingsChanged() override;
-    std::shared_ptr<const MGTemplateMatch> firstMarkerWithinRange(MGTemplateRange range) override;
+    const MGTemplateMatch *firstMarkerWithinRange(MGTemplateRange range) override;
 
     // The regular expression of a match, as above (set by
     // engineSettingsChanged).
@@ -62,7 +62,7 @@ public:
 
 private:
     struct ParsedTemplate;
-    std::shared_ptr<const MGTemplateMatch> scan(MGTemplateRange range) const;
+    std::unique_ptr<MGTemplateMatch> scan(MGTemplateRange range) const;
 
     MGTemplateEngine *m_engine = nullptr; // not owned
     QString _markerStartDelimiter;
@@ -77,4 +77,5 @@ private:
     // memory.
     static constexpr size_t kRecentTemplates = 4;
     std::vector<std::unique_ptr<ParsedTemplate>> m_recent;
+    std::unique_ptr<MGTemplateMatch> m_unkept; // the last match of a range that isn't kept
 };

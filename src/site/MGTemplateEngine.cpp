@@ -58,49 +58,34 @@ MGTemplateValue computedValueForKey(const MGTemplateValue &object, QStringView k
     return MGTemplateValue();
 }
 
-// Cuts a dotted path into components without copying.
-class PathComponents
-{
-public:
-    explicit PathComponents(QStringView path) : m_path(path) {}
-    // The next component; false after the last.
-    bool next(QStringView *component)
-    {
-        if (m_pos > m_path.size())
-            return false;
-        qsizetype dot = m_path.indexOf(u'.', m_pos);
-        if (dot < 0)
-            dot = m_path.size();
-        *component = m_path.mid(m_pos, dot - m_pos);
-        m_pos = dot + 1;
-        return true;
-    }
-    bool atEnd() const { return m_pos > m_path.size(); }
-
-private:
-    QStringView m_path;
-    qsizetype m_pos = 0;
-};
-
 QStringView firstComponent(QStringView path)
 {
-    const qsizetype dot = path.indexOf(u'.');
-    return dot < 0 ? path : path.left(dot);
+    qsizetype dot = 0;
+    while (dot < path.size() && path[dot] != u'.')
+        ++dot;
+    return path.left(dot);
 }
 
-// Reads `path` from the container whose key is its first component. Each
-// later component is a stored key, else a computed one, else (on a list) an
-// index. With `parent`, also gives the value that holds the last component.
-MGTemplateValue evaluatePath(const MGTemplateMap &container, QStringView path, MGTemplateValue *parent)
+// The component that starts at `from` (just behind a dot, or 0).
+QStringView componentAt(QStringView path, qsizetype from)
 {
-    PathComponents components(path);
-    QStringView component;
-    components.next(&component);
-    const MGTemplateValue *current = container.find(component);
-    if (!current)
-        return MGTemplateValue();
-    MGTemplateValue computed; // holds a value that no container stores
-    while (components.next(&component)) {
+    qsizetype end = from;
+    while (end < path.size() && path[end] != u'.')
+        ++end;
+    return path.mid(from, end - from);
+}
+
+// Reads the components of `path` after the first from `current`, the first
+// component's value. Each is a stored key, else a computed one, else (on a
+// list) an index. Returns null when a step yields nothing; the result may
+// point into `computed`. With `parent`, also gives the value that holds the
+// last component.
+const MGTemplateValue *walkPath(const MGTemplateValue *current, QStringView path, qsizetype firstLength,
+                                MGTemplateValue &computed, MGTemplateValue *parent)
+{
+    for (qsizetype pos = firstLength; pos < path.size();) {
+        const QStringView component = componentAt(path, pos + 1);
+        pos += 1 + component.size();
         if (parent)
             *parent = *current;
         const MGTemplateMap *map = current->map();
@@ -113,17 +98,82 @@ MGTemplateValue evaluatePath(const MGTemplateMap &container, QStringView path, M
             const MGTemplateList *list = current->list();
             const std::optional<qsizetype> index = list ? indexFromComponent(component) : std::nullopt;
             if (!index || *index >= list->size())
-                return MGTemplateValue();
+                return nullptr;
             current = &list->at(*index);
             continue;
         }
         computed = std::move(v);
         current = &computed;
     }
-    return *current;
+    return current;
+}
+
+// Walks the components of `path` that lie in [from, to) (`from` at a dot)
+// from `current`, through stored places only: map keys and list indexes.
+// Null when one isn't there.
+MGTemplateValue *walkMutable(MGTemplateValue *current, QStringView path, qsizetype from, qsizetype to)
+{
+    for (qsizetype pos = from; current && pos < to;) {
+        const QStringView component = componentAt(path, pos + 1);
+        pos += 1 + component.size();
+        if (MGTemplateMap *map = current->mutableMap()) {
+            current = map->findMutable(component);
+        } else if (MGTemplateList *list = current->mutableList()) {
+            const std::optional<qsizetype> index = indexFromComponent(component);
+            current = index && *index < list->size() ? &list->mutableAt(*index) : nullptr;
+        } else {
+            current = nullptr;
+        }
+    }
+    return current;
 }
 
 } // namespace
+
+// The output of a run. Pieces are copied into a buffer that grows by
+// doubling, through a pointer kept at hand: a page is hundreds of small
+// pieces, and QString's own append checks sharing and room on each.
+class MGTemplateEngine::Output
+{
+public:
+    explicit Output(qsizetype capacity)
+    {
+        m_text.resize(std::max<qsizetype>(capacity, 1024));
+        m_data = reinterpret_cast<char16_t *>(m_text.data());
+    }
+
+    qsizetype size() const { return m_size; }
+
+    // Room for n more units, to be filled by the caller.
+    char16_t *extend(qsizetype n)
+    {
+        if (n > m_text.size() - m_size) {
+            m_text.resize(std::max(m_text.size() * 2, m_size + n));
+            m_data = reinterpret_cast<char16_t *>(m_text.data());
+        }
+        char16_t *at = m_data + m_size;
+        m_size += n;
+        return at;
+    }
+    void append(const QChar *text, qsizetype n)
+    {
+        if (n > 0)
+            std::copy_n(reinterpret_cast<const char16_t *>(text), n, extend(n));
+    }
+    void append(QStringView text) { append(text.data(), text.size()); }
+    void shrink(qsizetype n) { m_size = n; }
+
+    QString take()
+    {
+        m_text.resize(m_size);
+        return std::move(m_text);
+    }
+
+private:
+    QString m_text;
+    char16_t *m_data = nullptr;
+    qsizetype m_size = 0;
+};
 
 std::unique_ptr<MGTemplateEngine> MGTemplateEngine::templateEngine()
 {
@@ -211,51 +261,80 @@ void MGTemplateEngine::setRunGlobals()
         _globals.insert(QString::fromLatin1(name), MGTemplateValue::boolean(false));
 }
 
-const MGTemplateMap *MGTemplateEngine::containerForVariable(QStringView first) const
+const MGTemplateValue *MGTemplateEngine::findInScopes(QStringView first, const MGTemplateMap **container) const
 {
-    if (_templateVariables.contains(first))
-        return &_templateVariables;
-    if (_globals.contains(first))
-        return &_globals;
+    const MGTemplateMap::Probe probe(first);
+    const auto held = [&probe](const MGTemplateMap &map) {
+        const MGTemplateValue *v = map.find(probe);
+        return v && !v->isNull() ? v : nullptr;
+    };
+    const MGTemplateValue *v = held(_templateVariables);
+    if (v) {
+        *container = &_templateVariables;
+        return v;
+    }
+    if ((v = held(_globals))) {
+        *container = &_globals;
+        return v;
+    }
     for (auto block = _openBlocksStack.rbegin(); block != _openBlocksStack.rend(); ++block) {
-        if (block->vars.contains(first))
-            return &block->vars;
+        if ((v = held(block->vars))) {
+            *container = &block->vars;
+            return v;
+        }
     }
     return nullptr;
 }
 
-MGTemplateMap *MGTemplateEngine::mutableContainerForVariable(QStringView first)
+const MGTemplateValue *MGTemplateEngine::lookUp(QStringView name, MGTemplateValue &scratch, MGTemplateValue *parent,
+                                                QString *parentKey) const
 {
-    return const_cast<MGTemplateMap *>(containerForVariable(first));
+    const QStringView first = firstComponent(name);
+    const MGTemplateMap *container = nullptr;
+    const MGTemplateValue *value = findInScopes(first, &container);
+    if (!value)
+        return nullptr;
+    if (parent)
+        *parent = *container;
+    if (parentKey)
+        *parentKey = componentAt(name, qsizetype(name.lastIndexOf(u'.') + 1)).toString();
+    return walkPath(value, name, first.size(), scratch, parent);
 }
 
 MGTemplateValue MGTemplateEngine::resolveVariable(QStringView name) const
 {
-    const MGTemplateMap *container = containerForVariable(firstComponent(name));
-    return container ? evaluatePath(*container, name, nullptr) : MGTemplateValue();
+    MGTemplateValue scratch;
+    const MGTemplateValue *v = lookUp(name, scratch, nullptr, nullptr);
+    if (!v)
+        return MGTemplateValue();
+    return v == &scratch ? std::move(scratch) : *v;
 }
 
 MGTemplateValue MGTemplateEngine::valueForVariableParentParentKey(QStringView name, MGTemplateValue *parent,
                                                                   QString *parentKey) const
 {
-    const MGTemplateMap *container = containerForVariable(firstComponent(name));
-    if (!container)
-        return MGTemplateValue();
-    MGTemplateValue holder = *container;
-    const MGTemplateValue value = evaluatePath(*container, name, &holder);
+    MGTemplateValue scratch;
+    MGTemplateValue holder;
+    const MGTemplateValue *v = lookUp(name, scratch, &holder, parentKey);
     if (parent)
-        *parent = value.isNull() ? MGTemplateValue() : holder;
-    if (parentKey) {
-        const qsizetype dot = name.lastIndexOf(u'.');
-        *parentKey = (dot < 0 ? name : name.mid(dot + 1)).toString();
-    }
-    return value;
+        *parent = v ? holder : MGTemplateValue();
+    return v ? *v : MGTemplateValue();
 }
 
 void MGTemplateEngine::setValueForVariableForceCurrentStackFrame(const MGTemplateValue &value, const QString &name,
                                                                  bool force)
 {
-    if (force || resolveVariable(name).isNull()) {
+    const QStringView first = firstComponent(name);
+    const MGTemplateMap *found = nullptr;
+    const MGTemplateValue *firstValue = force ? nullptr : findInScopes(first, &found);
+    // The scopes are this engine's own.
+    MGTemplateMap *container = const_cast<MGTemplateMap *>(found);
+    if (firstValue && first.size() == name.size()) {
+        container->insert(name, value); // replaces the value where it lives
+        return;
+    }
+    MGTemplateValue scratch;
+    if (!firstValue || !walkPath(firstValue, name, first.size(), scratch, nullptr)) {
         MGTemplateMap &target = _openBlocksStack.empty() ? _templateVariables : _openBlocksStack.back().vars;
         target.insert(name, value);
         return;
@@ -263,37 +342,29 @@ void MGTemplateEngine::setValueForVariableForceCurrentStackFrame(const MGTemplat
     // The variable has a value: replace it where it lives. Only stored
     // places can be written; a key computed over a list's elements or a
     // counted size holds nothing to replace.
-    const QStringView first = firstComponent(name);
-    MGTemplateMap *container = mutableContainerForVariable(first);
-    if (first.size() == name.size()) {
-        container->insert(name, value);
+    const qsizetype lastDot = name.lastIndexOf(u'.');
+    MGTemplateValue *parent = walkMutable(container->findMutable(first), name, first.size(), lastDot);
+    const QStringView key = QStringView(name).mid(lastDot + 1);
+    if (!parent)
         return;
-    }
-    PathComponents components(name);
-    QStringView component;
-    components.next(&component);
-    MGTemplateValue *current = container->findMutable(component);
-    components.next(&component);
-    while (!components.atEnd()) {
-        if (MGTemplateMap *map = current->mutableMap()) {
-            current = map->findMutable(component);
-        } else if (MGTemplateList *list = current->mutableList()) {
-            const std::optional<qsizetype> index = indexFromComponent(component);
-            current = index && *index < list->size() ? &list->mutableAt(*index) : nullptr;
-        } else {
-            current = nullptr;
-        }
-        if (!current)
-            return;
-        components.next(&component);
-    }
-    if (MGTemplateMap *map = current->mutableMap()) {
-        map->insert(component.toString(), value);
-    } else if (MGTemplateList *list = current->mutableList()) {
-        const std::optional<qsizetype> index = indexFromComponent(component);
+    if (MGTemplateMap *map = parent->mutableMap()) {
+        map->insert(key.toString(), value);
+    } else if (MGTemplateList *list = parent->mutableList()) {
+        const std::optional<qsizetype> index = indexFromComponent(key);
         if (index && *index < list->size())
             list->mutableAt(*index) = value;
     }
+}
+
+MGTemplateValue *MGTemplateEngine::mutableValueForVariable(QStringView name)
+{
+    const QStringView first = firstComponent(name);
+    const MGTemplateMap *found = nullptr;
+    if (!findInScopes(first, &found))
+        return nullptr;
+    // The scopes are this engine's own.
+    MGTemplateMap *container = const_cast<MGTemplateMap *>(found);
+    return walkMutable(container->findMutable(first), name, first.size(), name.size());
 }
 
 void MGTemplateEngine::reportErrorCodeContinuing(const QString &message, int code, bool continuing)
@@ -323,7 +394,7 @@ void MGTemplateEngine::reportTemplateProcessingFinished()
         _delegate->templateEngineFinishedProcessingTemplate(this);
 }
 
-bool MGTemplateEngine::checkOutputLimit(const QString &output)
+bool MGTemplateEngine::checkOutputLimit(const Output &output)
 {
     if (output.size() <= m_limits.maxOutputLength)
         return true;
@@ -337,6 +408,7 @@ std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QStr
                                                                       const MGTemplateMap &variables)
 {
     _openBlocksStack.clear();
+    m_blockHandlers.clear();
     setRunGlobals();
     _outputDisabledCount = 0;
     _templateContents = templateString;
@@ -353,11 +425,10 @@ std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QStr
     }
     _matcher->engineSettingsChanged();
 
-    QString output;
-    output.reserve(std::min(m_outputSizeHint, m_limits.maxOutputLength));
+    Output output(std::min(m_outputSizeHint, m_limits.maxOutputLength));
     const QChar *text = _templateContents.constData();
     while (_remainingRange.location != MGTemplateRange::NotFound) {
-        const std::shared_ptr<const MGTemplateMatch> found = _matcher->firstMarkerWithinRange(_remainingRange);
+        const MGTemplateMatch *found = _matcher->firstMarkerWithinRange(_remainingRange);
         if (!found) {
             if (outputEnabled())
                 output.append(text + _remainingRange.location, _remainingRange.length);
@@ -404,10 +475,10 @@ std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QStr
         } else if (_literal && outputEnabled()) {
             output.append(text + match.range.location, match.range.length);
         } else if (match.type == MGTemplateMatch::Type::Expression) {
-            const MGTemplateValue value = resolveVariable(match.name);
-            if (!value.isNull()) {
+            MGTemplateValue scratch;
+            if (const MGTemplateValue *value = lookUp(match.name, scratch, nullptr, nullptr)) {
                 if (outputEnabled())
-                    printValue(match, value, output);
+                    printValue(match, *value, output);
             } else if (outputEnabled()) {
                 reportErrorCodeContinuing(QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("variable")),
                                           MGTemplateEngineErrorInvalidVariable, true);
@@ -423,32 +494,27 @@ std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QStr
         handler->engineFinishedProcessingTemplate();
     reportTemplateProcessingFinished();
     m_outputSizeHint = output.size();
-    return output;
+    return output.take();
 }
 
-bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, QString &output)
+bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, Output &output)
 {
-    // Held for the call: a `load` marker may register handlers meanwhile.
-    const std::shared_ptr<MGTemplateMarker> handler = _markers.value(match.name);
+    // Handlers stay alive as long as the engine (m_markerHandlers holds them),
+    // also when a `load` marker registers more during the call.
+    const auto found = _markers.constFind(match.name);
+    MGTemplateMarker *handler = found == _markers.constEnd() ? nullptr : found->get();
     if (!handler) {
         reportErrorCodeContinuing(QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("marker")),
                                   MGTemplateEngineErrorInvalidMarker, true);
         return true;
     }
 
-    MGTemplateMarkerCall call;
-    call.marker = match.name;
-    call.arguments = match.args;
-    call.range = match.range;
+    MGTemplateMarkerCall call(match.name, match.args, match.range);
     const bool wasEnabled = outputEnabled();
     call.outputEnabled = wasEnabled;
     call.nextRange = _remainingRange;
-    if (!_openBlocksStack.empty()) {
-        const MGTemplateBlock &top = _openBlocksStack.back();
-        const auto owner = _markers.constFind(top.name);
-        if (owner != _markers.constEnd() && owner->get() == handler.get())
-            call.currentBlockInfo = &top;
-    }
+    if (!_openBlocksStack.empty() && m_blockHandlers.back() == handler)
+        call.currentBlockInfo = &_openBlocksStack.back();
     const MGTemplateValue result = handler->markerEncountered(call);
 
     if (call.outputEnabled != wasEnabled)
@@ -484,6 +550,7 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, QString &outp
             return false;
         }
         _openBlocksStack.push_back(MGTemplateBlock{match.name, std::move(endNames), match.args, match.range, {}});
+        m_blockHandlers.push_back(handler);
         reportBlockBoundaryStarted(true);
     } else if (call.blockEnded) {
         const MGTemplateBlock *top = _openBlocksStack.empty() ? nullptr : &_openBlocksStack.back();
@@ -498,6 +565,7 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, QString &outp
         }
         reportBlockBoundaryStarted(false);
         _openBlocksStack.pop_back();
+        m_blockHandlers.pop_back();
     }
 
     for (const MGTemplateMap::Entry &entry : call.newVariables)
@@ -508,7 +576,7 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, QString &outp
     return true;
 }
 
-void MGTemplateEngine::printValue(const MGTemplateMatch &match, const MGTemplateValue &value, QString &output)
+void MGTemplateEngine::printValue(const MGTemplateMatch &match, const MGTemplateValue &value, Output &output)
 {
     MGTemplateValue filtered;
     const MGTemplateValue *shown = &value;
@@ -519,11 +587,15 @@ void MGTemplateEngine::printValue(const MGTemplateMatch &match, const MGTemplate
             shown = &filtered;
         }
     }
-    if (shown->isCollection()) {
-        if (!shown->appendJson(output))
-            output += QLatin1String("[]");
+    if (const QString *text = shown->text()) {
+        output.append(*text);
+    } else if (shown->isCollection()) {
+        if (const std::optional<qsizetype> length = shown->jsonLength(true))
+            shown->writeJson(output.extend(*length), true);
+        else
+            output.append(u"[]");
     } else {
-        shown->appendText(output);
+        output.append(shown->toText());
     }
 }
 

@@ -113,6 +113,10 @@ public:
     // value where it lives: a map's key, or a list's element when the last
     // component is an index of it.
     void setValueForVariableForceCurrentStackFrame(const MGTemplateValue &value, const QString &name, bool force);
+    // A variable's value where it is stored, to change in place; null when it
+    // has none or its value is computed (as a key taken over a list). Valid
+    // until the next assignment, block change or run.
+    MGTemplateValue *mutableValueForVariable(QStringView name);
     // A copy of the run's variables.
     MGTemplateMap templateVariables() const { return _templateVariables; }
 
@@ -135,14 +139,23 @@ public:
 private:
     void setRunGlobals();
     bool outputEnabled() const { return _outputDisabledCount == 0; }
-    const MGTemplateMap *containerForVariable(QStringView firstComponent) const;
-    MGTemplateMap *mutableContainerForVariable(QStringView firstComponent);
+    // The value of a path's first component in the first scope that holds
+    // one (run variables, globals, blocks innermost first), and that scope.
+    const MGTemplateValue *findInScopes(QStringView first, const MGTemplateMap **container) const;
+    // A variable's value, pointing into the scopes or into `scratch`; null for
+    // nothing. `parent` and `parentKey` as in valueForVariableParentParentKey.
+    const MGTemplateValue *lookUp(QStringView name, MGTemplateValue &scratch, MGTemplateValue *parent,
+                                  QString *parentKey) const;
+    class Output;
     // Runs one marker; returns false when the run must stop.
-    bool processMarker(const MGTemplateMatch &match, QString &output);
-    void printValue(const MGTemplateMatch &match, const MGTemplateValue &value, QString &output);
-    bool checkOutputLimit(const QString &output);
+    bool processMarker(const MGTemplateMatch &match, Output &output);
+    void printValue(const MGTemplateMatch &match, const MGTemplateValue &value, Output &output);
+    bool checkOutputLimit(const Output &output);
 
     std::vector<MGTemplateBlock> _openBlocksStack;
+    // The handler of each open block's marker (a block's name always maps to
+    // the same handler: a taken name is never given to another).
+    std::vector<const MGTemplateMarker *> m_blockHandlers;
     MGTemplateMap _globals;
     qint64 _outputDisabledCount = 0;
     qsizetype _templateLength = 0;

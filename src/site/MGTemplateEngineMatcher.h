@@ -3,8 +3,6 @@
 #include "site/MGTemplateMatch.h"
 #include "site/MGTemplateRange.h"
 
-#include <memory>
-
 class MGTemplateEngine;
 
 // Finds markers and expressions in the template of a run. The engine owns its
@@ -21,6 +19,8 @@ public:
     // template from the engine.
     virtual void engineSettingsChanged() = 0;
     // The first marker or expression that lies wholly within `range` of the
-    // template, or null when there is none.
-    virtual std::shared_ptr<const MGTemplateMatch> firstMarkerWithinRange(MGTemplateRange range) = 0;
+    // template, or null when there is none. The record belongs to the
+    // matcher and stays valid until the next call of this or of
+    // engineSettingsChanged.
+    virtual const MGTemplateMatch *firstMarkerWithinRange(MGTemplateRange range) = 0;
 };

@@ -11,9 +11,15 @@
 // handler answers. The engine fills it in; the handler changes the fields
 // marked in-out.
 struct MGTemplateMarkerCall {
-    QString marker;        // the marker's name
-    QStringList arguments; // its arguments
-    MGTemplateRange range; // where it stands in the template
+    MGTemplateMarkerCall(const QString &name, const QStringList &args, MGTemplateRange where)
+        : marker(name), arguments(args), range(where)
+    {
+    }
+
+    // Valid for the call.
+    const QString &marker;        // the marker's name
+    const QStringList &arguments; // its arguments
+    MGTemplateRange range;        // where it stands in the template
 
     // In-out: arrive false; set to start or end a block.
     bool blockStarted = false;

@@ -5,27 +5,51 @@
 #include "site/templatetext.h"
 
 #include <QDateTime>
-#include <QHash>
 
 namespace {
 
-enum class Marker { For, EndFor, Section, EndSection, If, Else, EndIf, Now, Comment, EndComment, Load, Cycle, Set };
+enum class Marker { Unknown, For, EndFor, Section, EndSection, If, Else, EndIf, Now, Comment, EndComment, Load,
+                    Cycle, Set };
 
-const QHash<QString, Marker> &markerNames()
+// Every marker passes here, so the names are told apart by length first
+// rather than hashed.
+Marker markerKind(QStringView name)
 {
-    static const QHash<QString, Marker> names{
-        {QStringLiteral("for"), Marker::For},         {QStringLiteral("/for"), Marker::EndFor},
-        {QStringLiteral("section"), Marker::Section}, {QStringLiteral("/section"), Marker::EndSection},
-        {QStringLiteral("if"), Marker::If},           {QStringLiteral("else"), Marker::Else},
-        {QStringLiteral("/if"), Marker::EndIf},       {QStringLiteral("now"), Marker::Now},
-        {QStringLiteral("comment"), Marker::Comment}, {QStringLiteral("/comment"), Marker::EndComment},
-        {QStringLiteral("load"), Marker::Load},       {QStringLiteral("cycle"), Marker::Cycle},
-        {QStringLiteral("set"), Marker::Set},
-    };
-    return names;
+    switch (name.size()) {
+    case 2: return name == u"if" ? Marker::If : Marker::Unknown;
+    case 3:
+        return name == u"for" ? Marker::For : name == u"/if" ? Marker::EndIf : name == u"now" ? Marker::Now
+               : name == u"set" ? Marker::Set : Marker::Unknown;
+    case 4:
+        return name == u"/for" ? Marker::EndFor : name == u"else" ? Marker::Else : name == u"load" ? Marker::Load
+                                                                                                   : Marker::Unknown;
+    case 5: return name == u"cycle" ? Marker::Cycle : Marker::Unknown;
+    case 7: return name == u"section" ? Marker::Section : name == u"comment" ? Marker::Comment : Marker::Unknown;
+    case 8:
+        return name == u"/section" ? Marker::EndSection : name == u"/comment" ? Marker::EndComment : Marker::Unknown;
+    }
+    return Marker::Unknown;
 }
 
 const QString kCurrentLoop = QStringLiteral("currentLoop");
+const QString kCurrentIndex = QStringLiteral("currentIndex");
+
+// Whether an `if` operator, in any case, is `lower`. Lower-casing the
+// operator first would give the same answers for these ASCII names.
+bool isOperator(QStringView op, const char *lower)
+{
+    qsizetype i = 0;
+    for (; lower[i]; ++i) {
+        if (i >= op.size())
+            return false;
+        char16_t c = op[i].unicode();
+        if (c >= u'A' && c <= u'Z')
+            c += u'a' - u'A';
+        if (c != char16_t(lower[i]))
+            return false;
+    }
+    return i == op.size();
+}
 
 } // namespace
 
@@ -41,15 +65,17 @@ QStringList MGTemplateStandardMarkers::markers() const
 
 QStringList MGTemplateStandardMarkers::endMarkersForMarker(const QString &marker) const
 {
-    if (marker == u"for")
-        return {QStringLiteral("/for")};
-    if (marker == u"section")
-        return {QStringLiteral("/section")};
-    if (marker == u"if")
-        return {QStringLiteral("/if"), QStringLiteral("else")};
-    if (marker == u"comment")
-        return {QStringLiteral("/comment")};
-    return {};
+    static const QStringList forEnd{QStringLiteral("/for")};
+    static const QStringList sectionEnd{QStringLiteral("/section")};
+    static const QStringList ifEnd{QStringLiteral("/if"), QStringLiteral("else")};
+    static const QStringList commentEnd{QStringLiteral("/comment")};
+    switch (markerKind(marker)) {
+    case Marker::For: return forEnd;
+    case Marker::Section: return sectionEnd;
+    case Marker::If: return ifEnd;
+    case Marker::Comment: return commentEnd;
+    default: return {};
+    }
 }
 
 void MGTemplateStandardMarkers::engineFinishedProcessingTemplate()
@@ -84,6 +110,14 @@ bool MGTemplateStandardMarkers::argIsNumericIntegerValueCheckVariables(QStringVi
     }
     if (checkVariables) {
         const MGTemplateValue v = m_engine->resolveVariable(arg);
+        if (const std::optional<qint64> i = v.storedInteger()) {
+            // What an integer's or boolean's text reads back as.
+            if (value)
+                *value = *i;
+            return true;
+        }
+        if (const QString *text = v.text())
+            return argIsNumericIntegerValueCheckVariables(*text, value, false);
         if (v.hasIntegerReading())
             return argIsNumericIntegerValueCheckVariables(v.toText(), value, false);
     }
@@ -92,11 +126,9 @@ bool MGTemplateStandardMarkers::argIsNumericIntegerValueCheckVariables(QStringVi
 
 MGTemplateValue MGTemplateStandardMarkers::markerEncountered(MGTemplateMarkerCall &call)
 {
-    const auto kind = markerNames().constFind(call.marker);
-    if (kind == markerNames().constEnd())
-        return {};
     const QStringList &args = call.arguments;
-    switch (*kind) {
+    switch (markerKind(call.marker)) {
+    case Marker::Unknown: return {};
     case Marker::For: return forStarted(call);
     case Marker::EndFor: return forEnded(call);
     case Marker::Section:
@@ -223,15 +255,18 @@ MGTemplateValue MGTemplateStandardMarkers::forStarted(MGTemplateMarkerCall &call
     }
 
     frame.currentIndex = frame.reversed ? frame.endIndex : frame.startIndex;
-    MGTemplateMap loop{{QStringLiteral("startIndex"), MGTemplateValue::integer(frame.startIndex)},
-                       {QStringLiteral("endIndex"), MGTemplateValue::integer(frame.endIndex)},
-                       {QStringLiteral("currentIndex"), MGTemplateValue::integer(frame.currentIndex)},
-                       {QStringLiteral("reversed"), MGTemplateValue::boolean(frame.reversed)}};
+    MGTemplateMap loop;
+    loop.reserve(5);
+    loop.insert(kCurrentIndex, MGTemplateValue::integer(frame.currentIndex));
+    loop.insert(QStringLiteral("endIndex"), MGTemplateValue::integer(frame.endIndex));
+    loop.insert(QStringLiteral("reversed"), MGTemplateValue::boolean(frame.reversed));
+    loop.insert(QStringLiteral("startIndex"), MGTemplateValue::integer(frame.startIndex));
     if (call.currentBlockInfo) {
         const MGTemplateValue parent = m_engine->resolveVariable(kCurrentLoop);
         if (!parent.isNull())
             loop.insert(QStringLiteral("parentLoop"), parent);
     }
+    call.newVariables.reserve(2);
     call.newVariables.insert(kCurrentLoop, std::move(loop));
     if (frame.iterating) {
         frame.enumeratorVariable = args.at(0);
@@ -276,12 +311,24 @@ MGTemplateValue MGTemplateStandardMarkers::forEnded(MGTemplateMarkerCall &call)
     call.blockEnded = false;
     call.nextRange = frame.remainingRange;
     frame.currentIndex += frame.reversed ? -1 : 1;
-    MGTemplateValue loopValue = m_engine->resolveVariable(kCurrentLoop);
-    MGTemplateMap loop = loopValue.map() ? *loopValue.map() : MGTemplateMap();
-    loop.insert(QStringLiteral("currentIndex"), MGTemplateValue::integer(frame.currentIndex));
-    call.newVariables.insert(kCurrentLoop, std::move(loop));
-    if (frame.iterating)
-        call.newVariables.insert(frame.enumeratorVariable, std::move(element));
+    // The new index and element go where the variables live. Changing them
+    // in place is what assigning changed copies without force does, without
+    // the copies.
+    MGTemplateValue *loopValue = m_engine->mutableValueForVariable(kCurrentLoop);
+    if (MGTemplateMap *loop = loopValue ? loopValue->mutableMap() : nullptr) {
+        loop->insert(kCurrentIndex, MGTemplateValue::integer(frame.currentIndex));
+    } else {
+        // The template replaced currentLoop: give the loop a fresh one.
+        MGTemplateMap fresh;
+        fresh.insert(kCurrentIndex, MGTemplateValue::integer(frame.currentIndex));
+        call.newVariables.insert(kCurrentLoop, std::move(fresh));
+    }
+    if (frame.iterating) {
+        if (MGTemplateValue *variable = m_engine->mutableValueForVariable(frame.enumeratorVariable))
+            *variable = std::move(element);
+        else
+            call.newVariables.insert(frame.enumeratorVariable, std::move(element));
+    }
     return {};
 }
 
@@ -297,35 +344,35 @@ bool MGTemplateStandardMarkers::condition(const QStringList &args) const
 {
     if (args.size() == 1)
         return argIsTrue(args.at(0));
-    const QString op = args.at(1).toLower();
+    const QString &op = args.at(1);
     const QString &a = args.at(0);
     const QString &b = args.at(2);
-    if (op == u"and" || op == u"&&")
+    if (isOperator(op, "and") || isOperator(op, "&&"))
         return argIsTrue(a) && argIsTrue(b);
-    if (op == u"or" || op == u"||")
+    if (isOperator(op, "or") || isOperator(op, "||"))
         return argIsTrue(a) || argIsTrue(b);
-    if (op == u"equalsstring" || op == u"notequalsstring") {
+    if (isOperator(op, "equalsstring") || isOperator(op, "notequalsstring")) {
         const auto textOf = [this](const QString &arg) {
             const MGTemplateValue v = m_engine->resolveVariable(arg);
             return v.isNull() ? arg : v.toText();
         };
-        return (textOf(a) == textOf(b)) == (op == u"equalsstring");
+        return (textOf(a) == textOf(b)) == (isOperator(op, "equalsstring"));
     }
     const qint64 x = operandInteger(a);
     const qint64 y = operandInteger(b);
-    if (op == u"=" || op == u"==")
+    if (isOperator(op, "=") || isOperator(op, "=="))
         return x == y;
-    if (op == u"!=" || op == u"<>")
+    if (isOperator(op, "!=") || isOperator(op, "<>"))
         return x != y;
-    if (op == u">")
+    if (isOperator(op, ">"))
         return x > y;
-    if (op == u"<")
+    if (isOperator(op, "<"))
         return x < y;
-    if (op == u">=")
+    if (isOperator(op, ">="))
         return x >= y;
-    if (op == u"<=")
+    if (isOperator(op, "<="))
         return x <= y;
-    if (op == u"%") {
+    if (isOperator(op, "%")) {
         // No remainder by zero: the condition is false. (The remainder by
         // -1 is 0, computed apart because INT64_MIN % -1 overflows.)
         if (y == 0 || y == -1)

@@ -77,14 +77,6 @@ void MGTemplateList::detach()
 
 // ---- MGTemplateMap ----
 
-namespace {
-
-struct EntryKeyLess {
-    bool operator()(const MGTemplateMap::Entry &e, QStringView key) const { return QStringView(e.first) < key; }
-};
-
-} // namespace
-
 MGTemplateMap::MGTemplateMap(std::initializer_list<Entry> entries)
 {
     for (const Entry &e : entries)
@@ -93,15 +85,7 @@ MGTemplateMap::MGTemplateMap(std::initializer_list<Entry> entries)
 
 qsizetype MGTemplateMap::size() const
 {
-    return d ? qsizetype(d->size()) : 0;
-}
-
-const MGTemplateValue *MGTemplateMap::find(QStringView key) const
-{
-    if (!d)
-        return nullptr;
-    const auto it = std::lower_bound(d->begin(), d->end(), key, EntryKeyLess());
-    return it != d->end() && QStringView(it->first) == key ? &it->second : nullptr;
+    return d ? qsizetype(d->entries.size()) : 0;
 }
 
 MGTemplateValue *MGTemplateMap::findMutable(QStringView key)
@@ -109,18 +93,31 @@ MGTemplateValue *MGTemplateMap::findMutable(QStringView key)
     if (!find(key))
         return nullptr;
     detach();
-    const auto it = std::lower_bound(d->begin(), d->end(), key, EntryKeyLess());
-    return &it->second;
+    return &d->lowerBound(key)->second;
 }
 
 void MGTemplateMap::insert(const QString &key, MGTemplateValue value)
 {
     detach();
-    const auto it = std::lower_bound(d->begin(), d->end(), QStringView(key), EntryKeyLess());
-    if (it != d->end() && it->first == key)
+    // Maps are mostly made in key order (JSON objects come sorted).
+    if (d->entries.isEmpty() || mgtemplatemap::compareKeys(d->entries.back().first, key) < 0) {
+        d->entries.append(Entry(key, std::move(value)));
+        d->note(key);
+        return;
+    }
+    const auto it = d->lowerBound(key);
+    if (it != d->entries.end() && mgtemplatemap::compareKeys(it->first, key) == 0) {
         it->second = std::move(value);
-    else
-        d->insert(it, Entry(key, std::move(value)));
+        return;
+    }
+    d->entries.insert(it, Entry(key, std::move(value)));
+    d->note(key);
+}
+
+void MGTemplateMap::reserve(qsizetype size)
+{
+    detach();
+    d->entries.reserve(size);
 }
 
 bool MGTemplateMap::remove(QStringView key)
@@ -128,18 +125,18 @@ bool MGTemplateMap::remove(QStringView key)
     if (!find(key))
         return false;
     detach();
-    d->erase(std::lower_bound(d->begin(), d->end(), key, EntryKeyLess()));
+    d->entries.erase(d->lowerBound(key));
     return true;
 }
 
 const MGTemplateMap::Entry *MGTemplateMap::begin() const
 {
-    return d ? d->data() : nullptr;
+    return d ? d->entries.data() : nullptr;
 }
 
 const MGTemplateMap::Entry *MGTemplateMap::end() const
 {
-    return d ? d->data() + d->size() : nullptr;
+    return d ? d->entries.data() + d->entries.size() : nullptr;
 }
 
 bool MGTemplateMap::sharesDataWith(const MGTemplateMap &other) const
@@ -157,9 +154,9 @@ bool MGTemplateMap::operator==(const MGTemplateMap &other) const
 void MGTemplateMap::detach()
 {
     if (!d)
-        d = std::make_shared<std::vector<Entry>>();
+        d = std::make_shared<Data>();
     else if (d.use_count() > 1)
-        d = std::make_shared<std::vector<Entry>>(*d);
+        d = std::make_shared<Data>(*d);
 }
 
 // ---- MGTemplateValue ----
@@ -229,6 +226,15 @@ std::optional<double> MGTemplateValue::numberValue() const
     return std::nullopt;
 }
 
+std::optional<qint64> MGTemplateValue::storedInteger() const
+{
+    if (const qint64 *i = std::get_if<qint64>(&m_value))
+        return *i;
+    if (const bool *b = std::get_if<bool>(&m_value))
+        return *b ? 1 : 0;
+    return std::nullopt;
+}
+
 bool MGTemplateValue::numberIsNonZero() const
 {
     if (const qint64 *i = std::get_if<qint64>(&m_value))
@@ -247,11 +253,6 @@ bool MGTemplateValue::hasIntegerReading() const
 }
 
 namespace {
-
-void appendDouble(QString &out, double d)
-{
-    out += QString::number(d, 'g', QLocale::FloatingPointShortest);
-}
 
 QString hex2(int v)
 {
@@ -274,111 +275,191 @@ QString dateText(const MGTemplateValue::Date &d)
     return t.toString(d.msecsSinceEpoch % 1000 == 0 ? Qt::ISODate : Qt::ISODateWithMs);
 }
 
-void appendJsonString(QString &out, QStringView s)
+// JSON is measured first and then written in place: a list of posts is
+// hundreds of small pieces, and one exact allocation beats growing a buffer.
+//
+// Control characters must be escaped in JSON; "/" so that "</script>" can't
+// end a script element; U+2028 and U+2029 because older script engines read
+// them as line ends inside a string literal.
+inline bool isPlainInJson(char16_t c)
 {
-    out += QLatin1Char('"');
-    qsizetype plainFrom = 0;
-    const auto flush = [&](qsizetype upTo) {
-        if (upTo > plainFrom)
-            out += s.mid(plainFrom, upTo - plainFrom);
-    };
-    for (qsizetype i = 0; i < s.size(); ++i) {
-        const char16_t c = s[i].unicode();
-        const char *escape = nullptr;
-        switch (c) {
-        case u'"': escape = "\\\""; break;
-        case u'\\': escape = "\\\\"; break;
-        case u'/': escape = "\\/"; break;
-        case u'\b': escape = "\\b"; break;
-        case u'\f': escape = "\\f"; break;
-        case u'\n': escape = "\\n"; break;
-        case u'\r': escape = "\\r"; break;
-        case u'\t': escape = "\\t"; break;
-        default:
-            // Other control characters must be escaped in JSON; U+2028 and
-            // U+2029 are escaped too because older script engines read them
-            // as line ends inside a string literal.
-            if (c >= 0x20 && c != 0x2028 && c != 0x2029)
-                continue;
-        }
-        flush(i);
-        if (escape)
-            out += QLatin1String(escape);
-        else
-            out += QStringLiteral("\\u%1").arg(int(c), 4, 16, QLatin1Char('0'));
-        plainFrom = i + 1;
+    return c >= 0x20 && c != u'"' && c != u'\\' && c != u'/' && c != 0x2028 && c != 0x2029;
+}
+
+inline bool hasShortEscape(char16_t c)
+{
+    return c == u'"' || c == u'\\' || c == u'/' || c == u'\b' || c == u'\f' || c == u'\n' || c == u'\r' ||
+           c == u'\t';
+}
+
+qsizetype jsonStringLength(QStringView s)
+{
+    qsizetype n = 2 + s.size();
+    for (const QChar ch : s) {
+        const char16_t c = ch.unicode();
+        // Letters lie above the backslash and below U+2028: one test for most.
+        if ((c > u'\\' && c < 0x2028) || isPlainInJson(c))
+            continue;
+        n += hasShortEscape(c) ? 1 : 5;
     }
-    flush(s.size());
-    out += QLatin1Char('"');
+    return n;
+}
+
+char16_t *writeJsonString(char16_t *to, QStringView s)
+{
+    static const char hex[] = "0123456789abcdef";
+    *to++ = u'"';
+    for (const QChar ch : s) {
+        const char16_t c = ch.unicode();
+        if ((c > u'\\' && c < 0x2028) || isPlainInJson(c)) {
+            *to++ = c;
+            continue;
+        }
+        *to++ = u'\\';
+        switch (c) {
+        case u'"': *to++ = u'"'; break;
+        case u'\\': *to++ = u'\\'; break;
+        case u'/': *to++ = u'/'; break;
+        case u'\b': *to++ = u'b'; break;
+        case u'\f': *to++ = u'f'; break;
+        case u'\n': *to++ = u'n'; break;
+        case u'\r': *to++ = u'r'; break;
+        case u'\t': *to++ = u't'; break;
+        default:
+            *to++ = u'u';
+            for (int shift = 12; shift >= 0; shift -= 4)
+                *to++ = char16_t(hex[(c >> shift) & 0xF]);
+        }
+    }
+    *to++ = u'"';
+    return to;
+}
+
+char16_t *writeAscii(char16_t *to, QStringView text)
+{
+    std::copy(text.utf16(), text.utf16() + text.size(), to);
+    return to + text.size();
+}
+
+char16_t *writeLatin1(char16_t *to, const char *text)
+{
+    while (*text)
+        *to++ = char16_t(*text++);
+    return to;
+}
+
+QString doubleText(double d)
+{
+    return QString::number(d, 'g', QLocale::FloatingPointShortest);
 }
 
 } // namespace
 
-void MGTemplateValue::appendJsonTo(QString &out, bool strict, bool *ok) const
+std::optional<qsizetype> MGTemplateValue::jsonLength(bool strict) const
 {
     switch (m_value.index()) {
-    case 0: out += QLatin1String("null"); return;
-    case 1: appendJsonString(out, std::get<QString>(m_value)); return;
-    case 2: out += QString::number(std::get<qint64>(m_value)); return;
+    case 0: return 4;
+    case 1: return jsonStringLength(std::get<QString>(m_value));
+    case 2: return QString::number(std::get<qint64>(m_value)).size();
     case 3: {
         const double d = std::get<double>(m_value);
-        if (std::isfinite(d))
-            appendDouble(out, d);
-        else if (strict)
-            *ok = false;
-        else
-            out += QLatin1String("null");
-        return;
+        if (!std::isfinite(d))
+            return strict ? std::nullopt : std::optional<qsizetype>(4);
+        return doubleText(d).size();
     }
-    case 4: out += std::get<bool>(m_value) ? QLatin1String("true") : QLatin1String("false"); return;
+    case 4: return std::get<bool>(m_value) ? 4 : 5;
     case 5:
     case 6:
         if (strict)
-            *ok = false;
-        else
-            appendJsonString(out, toText());
-        return;
+            return std::nullopt;
+        return jsonStringLength(toText());
     case 7: {
-        out += QLatin1Char('[');
+        const MGTemplateList &list = std::get<MGTemplateList>(m_value);
+        qsizetype n = 2 + std::max<qsizetype>(0, list.size() - 1);
+        for (const MGTemplateValue &v : list) {
+            const std::optional<qsizetype> part = v.jsonLength(strict);
+            if (!part)
+                return std::nullopt;
+            n += *part;
+        }
+        return n;
+    }
+    case 8: {
+        const MGTemplateMap &map = std::get<MGTemplateMap>(m_value);
+        qsizetype n = 2 + std::max<qsizetype>(0, map.size() - 1);
+        for (const MGTemplateMap::Entry &e : map) {
+            const std::optional<qsizetype> part = e.second.jsonLength(strict);
+            if (!part)
+                return std::nullopt;
+            n += jsonStringLength(e.first) + 1 + *part;
+        }
+        return n;
+    }
+    }
+    return std::nullopt;
+}
+
+char16_t *MGTemplateValue::writeJson(char16_t *to, bool strict) const
+{
+    switch (m_value.index()) {
+    case 0: return writeLatin1(to, "null");
+    case 1: return writeJsonString(to, std::get<QString>(m_value));
+    case 2: return writeAscii(to, QString::number(std::get<qint64>(m_value)));
+    case 3: {
+        const double d = std::get<double>(m_value);
+        return std::isfinite(d) ? writeAscii(to, doubleText(d)) : writeLatin1(to, "null");
+    }
+    case 4: return writeLatin1(to, std::get<bool>(m_value) ? "true" : "false");
+    case 5:
+    case 6: return writeJsonString(to, toText());
+    case 7: {
+        *to++ = u'[';
         bool first = true;
         for (const MGTemplateValue &v : std::get<MGTemplateList>(m_value)) {
             if (!first)
-                out += QLatin1Char(',');
+                *to++ = u',';
             first = false;
-            v.appendJsonTo(out, strict, ok);
-            if (!*ok)
-                return;
+            to = v.writeJson(to, strict);
         }
-        out += QLatin1Char(']');
-        return;
+        *to++ = u']';
+        return to;
     }
     case 8: {
-        out += QLatin1Char('{');
+        *to++ = u'{';
         bool first = true;
         for (const MGTemplateMap::Entry &e : std::get<MGTemplateMap>(m_value)) {
             if (!first)
-                out += QLatin1Char(',');
+                *to++ = u',';
             first = false;
-            appendJsonString(out, e.first);
-            out += QLatin1Char(':');
-            e.second.appendJsonTo(out, strict, ok);
-            if (!*ok)
-                return;
+            to = writeJsonString(to, e.first);
+            *to++ = u':';
+            to = e.second.writeJson(to, strict);
         }
-        out += QLatin1Char('}');
-        return;
+        *to++ = u'}';
+        return to;
     }
     }
+    return to;
 }
+
+namespace {
+
+void appendJsonForm(const MGTemplateValue &value, QString &out, qsizetype length)
+{
+    const qsizetype old = out.size();
+    out.resize(old + length);
+    value.writeJson(reinterpret_cast<char16_t *>(out.data()) + old, false);
+}
+
+} // namespace
 
 bool MGTemplateValue::appendJson(QString &out) const
 {
-    const qsizetype mark = out.size();
-    bool ok = true;
-    appendJsonTo(out, true, &ok);
-    if (!ok)
-        out.truncate(mark);
-    return ok;
+    const std::optional<qsizetype> length = jsonLength(true);
+    if (!length)
+        return false;
+    appendJsonForm(*this, out, *length);
+    return true;
 }
 
 void MGTemplateValue::appendText(QString &out) const
@@ -387,15 +468,11 @@ void MGTemplateValue::appendText(QString &out) const
     case 0: return;
     case 1: out += std::get<QString>(m_value); return;
     case 2: out += QString::number(std::get<qint64>(m_value)); return;
-    case 3: appendDouble(out, std::get<double>(m_value)); return;
+    case 3: out += doubleText(std::get<double>(m_value)); return;
     case 4: out += std::get<bool>(m_value) ? QLatin1Char('1') : QLatin1Char('0'); return;
     case 5: out += dateText(std::get<Date>(m_value)); return;
     case 6: out += colourText(std::get<Colour>(m_value)); return;
-    default: {
-        bool ok = true;
-        appendJsonTo(out, false, &ok);
-        return;
-    }
+    default: appendJsonForm(*this, out, *jsonLength(false)); return;
     }
 }
 

@@ -2,7 +2,9 @@
 
 #include <QString>
 #include <QStringView>
+#include <QVarLengthArray>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <optional>
@@ -51,7 +53,9 @@ private:
 
 // A text-keyed dictionary. Keys are kept sorted (by UTF-16 code unit), which
 // makes look-ups a binary search and printed JSON independent of the order in
-// which entries were made.
+// which entries were made. A 64-bit summary of the keys answers most look-ups
+// of absent keys without a search: templates ask every scope for a name in
+// turn, and most scopes don't hold it.
 class MGTemplateMap
 {
 public:
@@ -63,7 +67,14 @@ public:
     qsizetype size() const;
     bool isEmpty() const { return size() == 0; }
     // The value under key, or null when absent.
-    const MGTemplateValue *find(QStringView key) const;
+    inline const MGTemplateValue *find(QStringView key) const;
+    // A key with its summary bit worked out once, for asking several maps.
+    struct Probe {
+        explicit Probe(QStringView k);
+        QStringView key;
+        unsigned bit;
+    };
+    inline const MGTemplateValue *find(const Probe &probe) const;
     bool contains(QStringView key) const { return find(key) != nullptr; }
     // Detaches; null when absent.
     MGTemplateValue *findMutable(QStringView key);
@@ -71,6 +82,7 @@ public:
     void insert(const QString &key, MGTemplateValue value);
     bool remove(QStringView key);
     void clear() { d.reset(); }
+    void reserve(qsizetype size);
 
     const Entry *begin() const;
     const Entry *end() const;
@@ -79,8 +91,9 @@ public:
     bool operator==(const MGTemplateMap &other) const;
 
 private:
+    struct Data;
     void detach();
-    std::shared_ptr<std::vector<Entry>> d; // null while empty
+    std::shared_ptr<Data> d; // null while empty
 };
 
 // One value a template works with: text, number, boolean, date, colour, list
@@ -142,6 +155,8 @@ public:
 
     // Numbers and booleans read as a number; booleans are 1 and 0.
     std::optional<double> numberValue() const;
+    // An integer as stored, or a boolean as 1 or 0; nothing for other values.
+    std::optional<qint64> storedInteger() const;
     // Numbers and booleans read as a truth value: anything but zero is true.
     bool numberIsNonZero() const;
     // Whether the value has an integer reading, as numbers, booleans and
@@ -162,6 +177,11 @@ public:
     // colour, a number that isn't finite). "/" is written "\/" so that the text
     // can stand inside a <script> element.
     bool appendJson(QString &out) const;
+    // The same for writers that place the text themselves: the exact length
+    // of the JSON form (strict: nothing when it can't be written), then the
+    // text into `to`, which has room for that length; returns its end.
+    std::optional<qsizetype> jsonLength(bool strict) const;
+    char16_t *writeJson(char16_t *to, bool strict) const;
 
     // Same type and equal content. Lists and maps that share their data are
     // equal without looking inside.
@@ -174,7 +194,87 @@ public:
     static std::optional<MGTemplateValue> fromJson(const QJsonValue &json, QString *error = nullptr);
 
 private:
-    void appendJsonTo(QString &out, bool strict, bool *ok) const;
-
     std::variant<std::monostate, QString, qint64, double, bool, Date, Colour, MGTemplateList, MGTemplateMap> m_value;
 };
+
+// ---- Inline look-up ----
+
+namespace mgtemplatemap {
+
+// Code-unit order, as QString's operator< has it, inline: keys are short and
+// usually differ in their first unit.
+inline int compareKeys(QStringView a, QStringView b)
+{
+    const qsizetype n = std::min(a.size(), b.size());
+    const char16_t *x = a.utf16();
+    const char16_t *y = b.utf16();
+    for (qsizetype i = 0; i < n; ++i) {
+        if (x[i] != y[i])
+            return x[i] < y[i] ? -1 : 1;
+    }
+    return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
+}
+
+// Which of 128 bits stands for a key: a mix of its length and its first, second
+// and last unit.
+inline unsigned keyBit(QStringView key)
+{
+    const qsizetype n = key.size();
+    if (n == 0)
+        return 0;
+    const quint64 mixed = quint64(n) | quint64(key[0].unicode()) << 16 | quint64(key[n - 1].unicode()) << 32 |
+                          quint64(key[n > 1 ? 1 : 0].unicode()) << 48;
+    return unsigned((mixed * 0x9E3779B97F4A7C15ull) >> 57);
+}
+
+} // namespace mgtemplatemap
+
+struct MGTemplateMap::Data {
+    // Room for the small maps that templates make by the hundred (a loop's
+    // currentLoop, a marker's new variables) in the one allocation of Data.
+    QVarLengthArray<Entry, 6> entries;
+    quint64 keyBits[2] = {0, 0}; // the keyBit of every key (and perhaps of removed ones)
+
+    bool mayHold(unsigned bit) const { return keyBits[bit >> 6] & (quint64(1) << (bit & 63)); }
+    void note(QStringView key)
+    {
+        const unsigned bit = mgtemplatemap::keyBit(key);
+        keyBits[bit >> 6] |= quint64(1) << (bit & 63);
+    }
+    Entry *lowerBound(QStringView key)
+    {
+        return std::lower_bound(entries.begin(), entries.end(), key, [](const Entry &e, QStringView k) {
+            return mgtemplatemap::compareKeys(e.first, k) < 0;
+        });
+    }
+};
+
+inline MGTemplateMap::Probe::Probe(QStringView k) : key(k), bit(mgtemplatemap::keyBit(k)) {}
+
+inline const MGTemplateValue *MGTemplateMap::find(QStringView key) const
+{
+    return find(Probe(key));
+}
+
+inline const MGTemplateValue *MGTemplateMap::find(const Probe &probe) const
+{
+    if (!d || !d->mayHold(probe.bit))
+        return nullptr;
+    const QStringView key = probe.key;
+    // Binary search by hand: most maps hold a handful of keys.
+    const Entry *lo = d->entries.data();
+    qsizetype count = qsizetype(d->entries.size());
+    while (count > 0) {
+        const qsizetype half = count / 2;
+        const int c = mgtemplatemap::compareKeys(lo[half].first, key);
+        if (c == 0)
+            return &lo[half].second;
+        if (c < 0) {
+            lo += half + 1;
+            count -= half + 1;
+        } else {
+            count = half;
+        }
+    }
+    return nullptr;
+}

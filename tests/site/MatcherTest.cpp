@@ -15,7 +15,7 @@ using namespace sitetest;
 
 namespace {
 
-QString describe(const std::shared_ptr<const MGTemplateMatch> &m)
+QString describe(const MGTemplateMatch *m)
 {
     if (!m)
         return QStringLiteral("none");
@@ -30,7 +30,7 @@ QString describe(const std::shared_ptr<const MGTemplateMatch> &m)
 class MatcherFixture : public ::testing::Test
 {
 protected:
-    std::shared_ptr<const MGTemplateMatch> firstMatch(const QString &text, qsizetype from = 0)
+    const MGTemplateMatch *firstMatch(const QString &text, qsizetype from = 0)
     {
         m_engine->processTemplateWithVariables(text, {}); // makes the run's template the matcher's
         return m_matcher->firstMarkerWithinRange({from, text.size() - from});
@@ -189,7 +189,7 @@ private:
 // The record the matcher is to build from a match of its expression.
 QString recordFromRegex(const IcuRegex &re)
 {
-    auto m = std::make_shared<MGTemplateMatch>();
+    auto m = std::make_unique<MGTemplateMatch>();
     const bool marker = re.start(1) >= 0;
     m->type = marker ? MGTemplateMatch::Type::Marker : MGTemplateMatch::Type::Expression;
     m->range = {re.start(), re.end() - re.start()};
@@ -210,7 +210,7 @@ QString recordFromRegex(const IcuRegex &re)
             m->filterArgs = words;
         }
     }
-    return describe(m);
+    return describe(m.get());
 }
 
 // Texts made of the pieces that matter to the expression (delimiters, bars,

@@ -1,10 +1,18 @@
 #pragma once
 
 #include "site/MGTemplateEngine.h"
+#include "site/MGTemplatePluginRegistry.h"
 
 #include <QString>
 
+#include <ostream>
 #include <vector>
+
+// Readable texts in test failures.
+inline void PrintTo(const QString &text, std::ostream *os)
+{
+    *os << '"' << text.toStdString() << '"';
+}
 
 namespace sitetest {
 
@@ -28,6 +36,13 @@ public:
 // Variables from JSON text ({"$date": ...} for dates); fails the test on bad
 // JSON.
 MGTemplateMap variablesFromJson(const char *json);
+
+// The plug-ins `{% load %}` finds in the tests: "TestMarkers" (markers
+// "both" starts and ends a block at once, "noend" starts a block without end
+// markers, "jump" resumes outside the template, "shout" prints "HEY", and
+// "for", a name already taken), "TestFilters" (filter "reverse") and
+// "TestBoth" (a filter "twice" and the same markers).
+const MGTemplatePluginRegistry &testRegistry();
 
 // An engine with the matcher installed.
 std::unique_ptr<MGTemplateEngine> makeEngine();

@@ -1,0 +1,113 @@
+// Long loops, deep nesting and texts that make a backtracking matcher crawl
+// must cost time in proportion to their size. Each case is timed at two sizes,
+// four times apart: a linear cost grows about four times, a quadratic one
+// sixteen. Best of several runs, so a busy machine doesn't decide.
+
+#include "TemplateTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+
+using namespace sitetest;
+
+namespace {
+
+// Seconds of the fastest of five calls.
+double bestTime(const std::function<void()> &work)
+{
+    double best = 1e9;
+    for (int i = 0; i < 5; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    return best;
+}
+
+// `makeWork(n)` prepares a run of size n and returns it.
+void expectLinear(int n, const std::function<std::function<void()>(int)> &makeWork)
+{
+    const double small = bestTime(makeWork(n));
+    const double large = bestTime(makeWork(4 * n));
+    EXPECT_LT(large, 10 * small) << "size " << n << ": " << small << " s, size " << 4 * n << ": " << large << " s";
+}
+
+MGTemplateMap postsVariables(int count)
+{
+    MGTemplateList posts;
+    for (int i = 0; i < count; ++i) {
+        posts.append(MGTemplateMap{{QStringLiteral("title"), QStringLiteral("Post %1").arg(i)},
+                                   {QStringLiteral("url"), QStringLiteral("%1.html").arg(i)}});
+    }
+    return {{QStringLiteral("posts"), posts}, {QStringLiteral("name"), "Ann"}};
+}
+
+TEST(TemplateLinearity, LongLoops)
+{
+    expectLinear(3000, [](int n) {
+        auto engine = std::shared_ptr<MGTemplateEngine>(makeEngine());
+        const MGTemplateMap variables = postsVariables(n);
+        return [engine, variables] {
+            const Outcome o = expand(*engine,
+                                     QStringLiteral("<ul>{% for p in posts %}<li class=\"{% cycle odd even %}\">"
+                                                    "<a href=\"{{ p.url }}\">{{ p.title | uppercase }}</a>"
+                                                    "{% if currentLoop.currentIndex > 3 %}!{% /if %}</li>{% /for %}</ul>"),
+                                     variables);
+            ASSERT_TRUE(o.codes.empty());
+        };
+    });
+}
+
+TEST(TemplateLinearity, DeepNesting)
+{
+    // Each level opens an if, a loop and a section, up to 3 x 320 = 960
+    // blocks, just inside the engine's limit of open blocks.
+    expectLinear(80, [](int depth) {
+        QString text;
+        for (int i = 0; i < depth; ++i)
+            text += QStringLiteral("{% if yes %}{% for x in one %}{% section s %}<{{ x }}>");
+        text += QStringLiteral("{{ currentLoop.currentIndex }}");
+        for (int i = 0; i < depth; ++i)
+            text += QStringLiteral("{% /section %}{% /for %}{% /if %}");
+        auto engine = std::shared_ptr<MGTemplateEngine>(makeEngine());
+        const MGTemplateMap variables{{QStringLiteral("one"), MGTemplateList{MGTemplateValue("x")}}};
+        return [engine, variables, text] {
+            for (int repeat = 0; repeat < 20; ++repeat) {
+                const Outcome o = expand(*engine, text, variables);
+                ASSERT_TRUE(o.codes.empty());
+            }
+        };
+    });
+}
+
+TEST(TemplateLinearity, ManyMarkers)
+{
+    expectLinear(5000, [](int n) {
+        const QString text = QStringLiteral("<p>{{ name }}</p>{% if name %}x{% /if %}\n").repeated(n);
+        return [text] {
+            auto engine = makeEngine(); // a fresh matcher: nothing kept from an earlier run
+            expand(*engine, text, {{QStringLiteral("name"), "Ann"}});
+        };
+    });
+}
+
+TEST(TemplateLinearity, UnclosedDelimitersOnOneLine)
+{
+    // Starts without an end, bars without a filter's end, on one long line:
+    // a backtracking matcher tries every start against the rest of the line.
+    const char *const pieces[] = {"{{ |", "{% x | y", "{{{{", "{% a {{ b | c: d |", "{{\"|'"};
+    for (const char *piece : pieces) {
+        expectLinear(4000, [piece](int n) {
+            const QString text = QString::fromUtf8(piece).repeated(n);
+            return [text] {
+                auto engine = makeEngine();
+                const Outcome o = expand(*engine, text);
+                ASSERT_EQ(o.output, text);
+            };
+        });
+    }
+}
+
+} // namespace
