@@ -228,6 +228,7 @@ QString ICUTemplateMatcher::regexForDelimiters(const QString &markerStart, const
 
 void ICUTemplateMatcher::engineSettingsChanged()
 {
+    m_unkept.reset(); // its words point into the template of the last run
     if (!m_engine)
         return;
     const MGTemplateEngine &e = *m_engine;
@@ -292,10 +293,19 @@ std::unique_ptr<MGTemplateMatch> ICUTemplateMatcher::scan(MGTemplateRange range)
     match->range = {hit->start, hit->end - hit->start};
     match->type = hit->kind == MarkerKind ? MGTemplateMatch::Type::Marker : MGTemplateMatch::Type::Expression;
     if (hit->bodyEnd > hit->bodyStart) {
-        QStringList words = argumentsFromString(text.mid(hit->bodyStart, hit->bodyEnd - hit->bodyStart));
-        if (!words.isEmpty()) {
-            match->name = words.takeFirst();
-            match->args = std::move(words);
+        // An expression's words point into the template, which the record's
+        // owner keeps: no copies, and variable look-ups read the template's
+        // own memory. A marker's words are copied, since handlers may keep
+        // them (as variable names, or in block records) beyond the template.
+        const bool raw = hit->kind == ExpressionKind;
+        const auto words = wordRanges(text.mid(hit->bodyStart, hit->bodyEnd - hit->bodyStart));
+        for (qsizetype w = 0; w < words.size(); ++w) {
+            const QChar *at = text.data() + hit->bodyStart + words[w].first;
+            const QString word = raw ? QString::fromRawData(at, words[w].second) : QString(at, words[w].second);
+            if (w == 0)
+                match->name = word;
+            else
+                match->args.append(word);
         }
     }
     if (hit->filterEnd > hit->filterStart) {
@@ -320,9 +330,17 @@ std::unique_ptr<MGTemplateMatch> ICUTemplateMatcher::scan(MGTemplateRange range)
 
 QStringList ICUTemplateMatcher::argumentsFromString(QStringView text)
 {
+    QStringList words;
+    for (const auto &[start, length] : wordRanges(text))
+        words.append(text.mid(start, length).toString());
+    return words;
+}
+
+QVarLengthArray<std::pair<qsizetype, qsizetype>, 8> ICUTemplateMatcher::wordRanges(QStringView text)
+{
     // Each word is the leftmost match of "(.*?)(?<!\\)"|'(.*?)(?<!\\)'|(\S+)"
     // (the first two with their quotes) behind the previous one.
-    QStringList words;
+    QVarLengthArray<std::pair<qsizetype, qsizetype>, 8> words;
     const qsizetype n = text.size();
     qsizetype i = 0;
     while (i < n) {
@@ -342,7 +360,7 @@ QStringList ICUTemplateMatcher::argumentsFromString(QStringView text)
             if (close >= 0) {
                 if (close == i + 1)
                     return words; // an empty quoted text ends the list
-                words.append(text.mid(i + 1, close - i - 1).toString());
+                words.append({i + 1, close - i - 1});
                 i = close + 1;
                 continue;
             }
@@ -350,7 +368,7 @@ QStringList ICUTemplateMatcher::argumentsFromString(QStringView text)
         qsizetype j = i;
         while (j < n && !isSpace(text[j].unicode()))
             ++j;
-        words.append(text.mid(i, j - i).toString());
+        words.append({i, j - i});
         i = j;
     }
     return words;

@@ -5,9 +5,11 @@
 #include <QString>
 #include <QStringList>
 #include <QStringView>
+#include <QVarLengthArray>
 
 #include <memory>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 // The matcher that finds markers and expressions by the engine's delimiters.
@@ -59,6 +61,8 @@ public:
     // are dropped, backslashes kept) or a run of non-space characters. An
     // empty quoted text ends the list.
     static QStringList argumentsFromString(QStringView text);
+    // The same as (start, length) of each word in `text`.
+    static QVarLengthArray<std::pair<qsizetype, qsizetype>, 8> wordRanges(QStringView text);
 
 private:
     struct ParsedTemplate;

@@ -238,8 +238,24 @@ void MGTemplateEngine::loadMarker(const std::shared_ptr<MGTemplateMarker> &marke
             registered = true;
         }
     }
-    if (registered)
-        m_markerHandlers.push_back(marker);
+    if (!registered)
+        return;
+    m_markerHandlers.push_back(marker);
+    m_markersByName.clear();
+    for (auto it = _markers.constBegin(); it != _markers.constEnd(); ++it)
+        m_markersByName.emplace_back(it.key(), it.value().get());
+    std::sort(m_markersByName.begin(), m_markersByName.end(), [](const auto &a, const auto &b) {
+        return mgtemplatemap::compareKeys(a.first, b.first) < 0;
+    });
+}
+
+MGTemplateMarker *MGTemplateEngine::handlerForMarker(const QString &name)
+{
+    const auto it = std::lower_bound(m_markersByName.begin(), m_markersByName.end(), name,
+                                     [](const auto &entry, const QString &n) {
+                                         return mgtemplatemap::compareKeys(entry.first, n) < 0;
+                                     });
+    return it != m_markersByName.end() && it->first == name ? it->second : nullptr;
 }
 
 void MGTemplateEngine::loadFilter(const std::shared_ptr<MGTemplateFilter> &filter)
@@ -501,8 +517,7 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, Output &outpu
 {
     // Handlers stay alive as long as the engine (m_markerHandlers holds them),
     // also when a `load` marker registers more during the call.
-    const auto found = _markers.constFind(match.name);
-    MGTemplateMarker *handler = found == _markers.constEnd() ? nullptr : found->get();
+    MGTemplateMarker *handler = handlerForMarker(match.name);
     if (!handler) {
         reportErrorCodeContinuing(QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("marker")),
                                   MGTemplateEngineErrorInvalidMarker, true);

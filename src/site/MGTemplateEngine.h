@@ -161,6 +161,10 @@ private:
     qsizetype _templateLength = 0;
     QHash<QString, std::shared_ptr<MGTemplateFilter>> _filters;
     QHash<QString, std::shared_ptr<MGTemplateMarker>> _markers;
+    // The same, sorted by name for a search without hashing: every marker
+    // of a run is looked up here.
+    std::vector<std::pair<QString, MGTemplateMarker *>> m_markersByName;
+    MGTemplateMarker *handlerForMarker(const QString &name);
     // Each loaded marker handler once, in load order, for the end-of-run call.
     std::vector<std::shared_ptr<MGTemplateMarker>> m_markerHandlers;
     MGTemplateMap _templateVariables;

@@ -5,7 +5,10 @@
 #include <QString>
 #include <QStringList>
 
-// One marker or expression as the matcher found it in a template.
+// One marker or expression as the matcher found it in a template. An
+// expression's words may point into the template itself
+// (QString::fromRawData): they are valid as long as the record is, and a
+// holder that keeps one longer copies its characters.
 //
 // `{% for p in posts %}` is a marker named "for" with the arguments "p", "in",
 // "posts"; `{{ date | date_format: "yyyy" }}` is an expression named "date"

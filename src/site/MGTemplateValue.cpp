@@ -90,10 +90,15 @@ qsizetype MGTemplateMap::size() const
 
 MGTemplateValue *MGTemplateMap::findMutable(QStringView key)
 {
-    if (!find(key))
+    if (!d)
         return nullptr;
-    detach();
-    return &d->lowerBound(key)->second;
+    if (d.use_count() > 1) {
+        if (!find(key))
+            return nullptr; // no copy for a key that isn't there
+        detach();
+    }
+    // Unshared now: the entry found is this map's own.
+    return const_cast<MGTemplateValue *>(find(key));
 }
 
 void MGTemplateMap::insert(const QString &key, MGTemplateValue value)
@@ -278,30 +283,33 @@ QString dateText(const MGTemplateValue::Date &d)
 // JSON is measured first and then written in place: a list of posts is
 // hundreds of small pieces, and one exact allocation beats growing a buffer.
 //
-// Control characters must be escaped in JSON; "/" so that "</script>" can't
-// end a script element; U+2028 and U+2029 because older script engines read
-// them as line ends inside a string literal.
-inline bool isPlainInJson(char16_t c)
-{
-    return c >= 0x20 && c != u'"' && c != u'\\' && c != u'/' && c != 0x2028 && c != 0x2029;
-}
+// Control characters must be escaped in JSON; "/" is, so that "</script>"
+// can't end a script element; U+2028 and U+2029 are, because older script
+// engines read them as line ends inside a string literal.
+// How many units each ASCII character adds when escaped: 0 when it stands as
+// it is, 1 for a two-character escape, 5 for \uXXXX.
+struct JsonEscapes {
+    unsigned char extra[128];
+    constexpr JsonEscapes() : extra()
+    {
+        for (int c = 0; c < 0x20; ++c)
+            extra[c] = 5;
+        for (char c : {'"', '\\', '/', '\b', '\f', '\n', '\r', '\t'})
+            extra[int(c)] = 1;
+    }
+};
+constexpr JsonEscapes kJsonEscapes;
 
-inline bool hasShortEscape(char16_t c)
+inline unsigned jsonExtra(char16_t c)
 {
-    return c == u'"' || c == u'\\' || c == u'/' || c == u'\b' || c == u'\f' || c == u'\n' || c == u'\r' ||
-           c == u'\t';
+    return c < 128 ? kJsonEscapes.extra[c] : (c == 0x2028 || c == 0x2029) ? 5 : 0;
 }
 
 qsizetype jsonStringLength(QStringView s)
 {
     qsizetype n = 2 + s.size();
-    for (const QChar ch : s) {
-        const char16_t c = ch.unicode();
-        // Letters lie above the backslash and below U+2028: one test for most.
-        if ((c > u'\\' && c < 0x2028) || isPlainInJson(c))
-            continue;
-        n += hasShortEscape(c) ? 1 : 5;
-    }
+    for (const QChar ch : s)
+        n += jsonExtra(ch.unicode());
     return n;
 }
 
@@ -311,7 +319,8 @@ char16_t *writeJsonString(char16_t *to, QStringView s)
     *to++ = u'"';
     for (const QChar ch : s) {
         const char16_t c = ch.unicode();
-        if ((c > u'\\' && c < 0x2028) || isPlainInJson(c)) {
+        const unsigned extra = jsonExtra(c);
+        if (extra == 0) {
             *to++ = c;
             continue;
         }

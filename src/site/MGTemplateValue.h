@@ -53,7 +53,7 @@ private:
 
 // A text-keyed dictionary. Keys are kept sorted (by UTF-16 code unit), which
 // makes look-ups a binary search and printed JSON independent of the order in
-// which entries were made. A 64-bit summary of the keys answers most look-ups
+// which entries were made. A 128-bit summary of the keys answers most look-ups
 // of absent keys without a search: templates ask every scope for a name in
 // turn, and most scopes don't hold it.
 class MGTemplateMap
@@ -72,7 +72,7 @@ public:
     struct Probe {
         explicit Probe(QStringView k);
         QStringView key;
-        unsigned bit;
+        unsigned bits;
     };
     inline const MGTemplateValue *find(const Probe &probe) const;
     bool contains(QStringView key) const { return find(key) != nullptr; }
@@ -215,16 +215,17 @@ inline int compareKeys(QStringView a, QStringView b)
     return a.size() < b.size() ? -1 : (a.size() > b.size() ? 1 : 0);
 }
 
-// Which of 128 bits stands for a key: a mix of its length and its first, second
-// and last unit.
-inline unsigned keyBit(QStringView key)
+// The two of 128 bits that stand for a key (as bit numbers in the low and
+// high byte): a mix of its length and its first, second and last unit.
+inline unsigned keyBits(QStringView key)
 {
     const qsizetype n = key.size();
     if (n == 0)
         return 0;
     const quint64 mixed = quint64(n) | quint64(key[0].unicode()) << 16 | quint64(key[n - 1].unicode()) << 32 |
                           quint64(key[n > 1 ? 1 : 0].unicode()) << 48;
-    return unsigned((mixed * 0x9E3779B97F4A7C15ull) >> 57);
+    const quint64 h = mixed * 0x9E3779B97F4A7C15ull;
+    return unsigned(h >> 57) | unsigned((h >> 41) & 0x7F) << 8;
 }
 
 } // namespace mgtemplatemap
@@ -233,13 +234,15 @@ struct MGTemplateMap::Data {
     // Room for the small maps that templates make by the hundred (a loop's
     // currentLoop, a marker's new variables) in the one allocation of Data.
     QVarLengthArray<Entry, 6> entries;
-    quint64 keyBits[2] = {0, 0}; // the keyBit of every key (and perhaps of removed ones)
+    quint64 keyBits[2] = {0, 0}; // the keyBits of every key (and perhaps of removed ones)
 
-    bool mayHold(unsigned bit) const { return keyBits[bit >> 6] & (quint64(1) << (bit & 63)); }
+    static bool has(const quint64 *set, unsigned bit) { return set[bit >> 6] & (quint64(1) << (bit & 63)); }
+    bool mayHold(unsigned bits) const { return has(keyBits, bits & 0xFF) && has(keyBits, bits >> 8); }
     void note(QStringView key)
     {
-        const unsigned bit = mgtemplatemap::keyBit(key);
-        keyBits[bit >> 6] |= quint64(1) << (bit & 63);
+        const unsigned bits = mgtemplatemap::keyBits(key);
+        for (const unsigned bit : {bits & 0xFF, bits >> 8})
+            keyBits[bit >> 6] |= quint64(1) << (bit & 63);
     }
     Entry *lowerBound(QStringView key)
     {
@@ -249,7 +252,7 @@ struct MGTemplateMap::Data {
     }
 };
 
-inline MGTemplateMap::Probe::Probe(QStringView k) : key(k), bit(mgtemplatemap::keyBit(k)) {}
+inline MGTemplateMap::Probe::Probe(QStringView k) : key(k), bits(mgtemplatemap::keyBits(k)) {}
 
 inline const MGTemplateValue *MGTemplateMap::find(QStringView key) const
 {
@@ -258,7 +261,7 @@ inline const MGTemplateValue *MGTemplateMap::find(QStringView key) const
 
 inline const MGTemplateValue *MGTemplateMap::find(const Probe &probe) const
 {
-    if (!d || !d->mayHold(probe.bit))
+    if (!d || !d->mayHold(probe.bits))
         return nullptr;
     const QStringView key = probe.key;
     // Binary search by hand: most maps hold a handful of keys.
