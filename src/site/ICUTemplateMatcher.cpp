@@ -97,7 +97,14 @@ private:
         const qsizetype n = delimiter.size();
         if (n == 0 || n > m_end - pos)
             return false;
-        return std::equal(delimiter.utf16(), delimiter.utf16() + n, m_text + pos);
+        const char16_t *d = delimiter.utf16();
+        const char16_t *t = m_text + pos;
+        // Delimiters are a character or two: compare inline, not by call.
+        for (qsizetype i = 0; i < n; ++i) {
+            if (t[i] != d[i])
+                return false;
+        }
+        return true;
     }
 
     qsizetype skipSpace(qsizetype i) const

@@ -151,14 +151,7 @@ MGTemplateValue MGTemplateStandardMarkers::markerEncountered(MGTemplateMarkerCal
             frame.elseEncountered = true;
         }
         return {};
-    case Marker::EndIf:
-        if (currentBlockMatchesTopOfStack(call.currentBlockInfo, ifStack)) {
-            if (ifStack.back().shouldDisableOutput)
-                call.outputEnabled = true;
-            ifStack.pop_back();
-        }
-        call.blockEnded = true;
-        return {};
+    case Marker::EndIf: endBlock(call, ifStack); return {};
     case Marker::Now: return MGTemplateValue(MGTemplateValue::Date{QDateTime::currentMSecsSinceEpoch()});
     case Marker::Comment:
         if (args.isEmpty()) {
@@ -167,14 +160,7 @@ MGTemplateValue MGTemplateStandardMarkers::markerEncountered(MGTemplateMarkerCal
             call.outputEnabled = false;
         }
         return {};
-    case Marker::EndComment:
-        if (currentBlockMatchesTopOfStack(call.currentBlockInfo, commentStack)) {
-            if (commentStack.back().shouldDisableOutput)
-                call.outputEnabled = true;
-            commentStack.pop_back();
-        }
-        call.blockEnded = true;
-        return {};
+    case Marker::EndComment: endBlock(call, commentStack); return {};
     case Marker::Load:
         if (const MGTemplatePluginRegistry *registry = m_engine->pluginRegistry()) {
             for (const QString &className : args) {

@@ -85,6 +85,19 @@ private:
     bool condition(const QStringList &args) const;
     qint64 operandInteger(QStringView arg) const;
     MGTemplateValue elementAt(const ForFrame &frame, qsizetype taken) const;
+    // `/if` and `/comment`: when the frame is the current block's, output
+    // comes back on if the opening marker turned it off, and the frame goes;
+    // the block ends in any case.
+    template <typename Frame>
+    static void endBlock(MGTemplateMarkerCall &call, std::vector<Frame> &stack)
+    {
+        if (currentBlockMatchesTopOfStack(call.currentBlockInfo, stack)) {
+            if (stack.back().shouldDisableOutput)
+                call.outputEnabled = true;
+            stack.pop_back();
+        }
+        call.blockEnded = true;
+    }
     template <typename Frame>
     static bool currentBlockMatchesTopOfStack(const MGTemplateBlock *block, const std::vector<Frame> &stack)
     {

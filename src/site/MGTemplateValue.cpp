@@ -9,6 +9,27 @@
 #include <algorithm>
 #include <cmath>
 
+namespace {
+
+// Copy on write: a container's data is copied before a change only while
+// other values share it.
+template <typename Data>
+void detachShared(std::shared_ptr<Data> &d)
+{
+    if (!d)
+        d = std::make_shared<Data>();
+    else if (d.use_count() > 1)
+        d = std::make_shared<Data>(*d);
+}
+
+template <typename Container>
+bool equalContainers(const Container &a, const Container &b)
+{
+    return a.sharesDataWith(b) || (a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin()));
+}
+
+} // namespace
+
 // ---- MGTemplateList ----
 
 MGTemplateList::MGTemplateList(std::initializer_list<MGTemplateValue> values)
@@ -62,17 +83,12 @@ bool MGTemplateList::sharesDataWith(const MGTemplateList &other) const
 
 bool MGTemplateList::operator==(const MGTemplateList &other) const
 {
-    if (sharesDataWith(other))
-        return true;
-    return size() == other.size() && std::equal(begin(), end(), other.begin());
+    return equalContainers(*this, other);
 }
 
 void MGTemplateList::detach()
 {
-    if (!d)
-        d = std::make_shared<std::vector<MGTemplateValue>>();
-    else if (d.use_count() > 1)
-        d = std::make_shared<std::vector<MGTemplateValue>>(*d);
+    detachShared(d);
 }
 
 // ---- MGTemplateMap ----
@@ -151,17 +167,12 @@ bool MGTemplateMap::sharesDataWith(const MGTemplateMap &other) const
 
 bool MGTemplateMap::operator==(const MGTemplateMap &other) const
 {
-    if (sharesDataWith(other))
-        return true;
-    return size() == other.size() && std::equal(begin(), end(), other.begin());
+    return equalContainers(*this, other);
 }
 
 void MGTemplateMap::detach()
 {
-    if (!d)
-        d = std::make_shared<Data>();
-    else if (d.use_count() > 1)
-        d = std::make_shared<Data>(*d);
+    detachShared(d);
 }
 
 // ---- MGTemplateValue ----
