@@ -1,0 +1,9 @@
+#include "core/ORVExternalRecentDocumentManager.h"
+
+#include <QDir>
+
+ORVExternalRecentDocumentManager::ORVExternalRecentDocumentManager(const QString &applicationSupportDir)
+    : ORVRecentDocumentManager(QDir(applicationSupportDir).filePath(QStringLiteral("externalRecentDocumentItems.data")),
+                               kORVExternalRecentDocumentManagerItemsDidChanged, NewItems::Last, kMaximumItems)
+{
+}
