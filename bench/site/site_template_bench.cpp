@@ -17,7 +17,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace {
+namespace
+{
 
 QString themeFile(const char *name)
 {
@@ -52,8 +53,9 @@ QString postBody()
     int section = 1;
     while (body.size() < 5 * 1024) {
         body += QStringLiteral("<h2 id=\"s%1\">Section %1</h2>\n<p>").arg(section++);
-        body += sentence.repeated(4) + QStringLiteral("</p>\n<pre><code class=\"language-sh\">make build &amp;&amp; "
-                                                      "make test\n</code></pre>\n");
+        body += sentence.repeated(4) +
+                QStringLiteral("</p>\n<pre><code class=\"language-sh\">make build &amp;&amp; "
+                               "make test\n</code></pre>\n");
     }
     return body;
 }
@@ -68,17 +70,20 @@ MGTemplateMap siteVariables()
                                   {QStringLiteral("target"), "_self"}});
     MGTemplateList recent;
     for (int i = 0; i < 20; ++i)
-        recent.append(link(QStringLiteral("Notes from the field, part %1").arg(i + 1), QStringLiteral("%1.html").arg(1700000000 + i)));
+        recent.append(link(QStringLiteral("Notes from the field, part %1").arg(i + 1),
+                           QStringLiteral("%1.html").arg(1700000000 + i)));
     MGTemplateList tree;
     for (int c = 0; c < 5; ++c) {
         MGTemplateList children;
         for (int s = 0; s < 3; ++s) {
-            MGTemplateMap child = link(QStringLiteral("Topic %1.%2").arg(c).arg(s), QStringLiteral("topic-%1-%2.html").arg(c).arg(s));
+            MGTemplateMap child = link(QStringLiteral("Topic %1.%2").arg(c).arg(s),
+                                       QStringLiteral("topic-%1-%2.html").arg(c).arg(s));
             child.insert(QStringLiteral("count"), MGTemplateValue::integer(3 + s));
             child.insert(QStringLiteral("posts"), MGTemplateList{});
             children.append(child);
         }
-        MGTemplateMap cat = link(QStringLiteral("Category %1").arg(c), QStringLiteral("category-%1.html").arg(c));
+        MGTemplateMap cat =
+            link(QStringLiteral("Category %1").arg(c), QStringLiteral("category-%1.html").arg(c));
         cat.insert(QStringLiteral("count"), MGTemplateValue::integer(12 + c));
         cat.insert(QStringLiteral("children"), children);
         cat.insert(QStringLiteral("posts"), MGTemplateList{});
@@ -116,8 +121,9 @@ MGTemplateMap siteVariables()
         {QStringLiteral("recentPosts"), recent},
         {QStringLiteral("categoriesTree"), tree},
         {QStringLiteral("post"), post},
-        {QStringLiteral("postNav"), MGTemplateMap{{QStringLiteral("prev"), link(QStringLiteral("Part 20"), QStringLiteral("20.html"))},
-                                                  {QStringLiteral("next"), link(QStringLiteral("Part 22"), QStringLiteral("22.html"))}}},
+        {QStringLiteral("postNav"),
+         MGTemplateMap{{QStringLiteral("prev"), link(QStringLiteral("Part 20"), QStringLiteral("20.html"))},
+                       {QStringLiteral("next"), link(QStringLiteral("Part 22"), QStringLiteral("22.html"))}}},
         {QStringLiteral("posts"), recent},
         {QStringLiteral("currentCat"), link(QStringLiteral("Writing"), QStringLiteral("writing.html"))},
         {QStringLiteral("prevPageUrl"), ""},
@@ -130,7 +136,8 @@ MGTemplateMap siteVariables()
 class FailOnError : public MGTemplateEngineDelegate
 {
 public:
-    void templateEngineEncounteredErrorIsContinuing(MGTemplateEngine *, const MGTemplateError &error, bool) override
+    void templateEngineEncounteredErrorIsContinuing(MGTemplateEngine *, const MGTemplateError &error,
+                                                    bool) override
     {
         std::fprintf(stderr, "template error %d: %s\n", error.code, qPrintable(error.description));
         std::exit(1);

@@ -12,7 +12,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace {
+namespace
+{
 
 MGTemplateMap fuzzVariables()
 {

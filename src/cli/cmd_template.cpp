@@ -9,7 +9,8 @@
 
 using namespace orvo::cli;
 
-namespace {
+namespace
+{
 
 // Collects the errors of a run in the order they came.
 class ErrorCollector : public MGTemplateEngineDelegate
@@ -31,7 +32,8 @@ int runTemplate(Context &ctx)
     const QString templatePath = args->positional(0);
     const QString variablesPath = args->positional(1);
     if (templatePath == QLatin1String("-") && variablesPath == QLatin1String("-"))
-        return ctx.usageError(QStringLiteral("only one of TEMPLATE_FILE and VARIABLES.json can be standard input"));
+        return ctx.usageError(
+            QStringLiteral("only one of TEMPLATE_FILE and VARIABLES.json can be standard input"));
 
     QString error;
     const std::optional<QByteArray> json = readInput(variablesPath, &error);

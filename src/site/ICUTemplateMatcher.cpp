@@ -16,7 +16,8 @@ struct ICUTemplateMatcher::ParsedTemplate {
     std::unordered_map<qsizetype, std::unique_ptr<MGTemplateMatch>> firstMatchFrom;
 };
 
-namespace {
+namespace
+{
 
 enum Kind { MarkerKind = 0, ExpressionKind = 1 };
 
@@ -51,7 +52,8 @@ struct Hit {
 class Scanner
 {
 public:
-    Scanner(QStringView text, qsizetype end, const QString *starts, const QString *ends, const QString &filter)
+    Scanner(QStringView text, qsizetype end, const QString *starts, const QString *ends,
+            const QString &filter)
         : m_text(text.utf16()), m_end(end), m_filter(filter)
     {
         for (int k = 0; k < 2; ++k) {
@@ -228,7 +230,8 @@ QString ICUTemplateMatcher::regexForDelimiters(const QString &markerStart, const
                                                const QString &expressionStart, const QString &expressionEnd,
                                                const QString &filter)
 {
-    const QString shape = QStringLiteral("(\\Q%1\\E)(?:\\s+)?(.*?)(?:(?:\\s+)?\\Q%2\\E(?:\\s+)?(.*?))?(?:\\s+)?\\Q%3\\E");
+    const QString shape =
+        QStringLiteral("(\\Q%1\\E)(?:\\s+)?(.*?)(?:(?:\\s+)?\\Q%2\\E(?:\\s+)?(.*?))?(?:\\s+)?\\Q%3\\E");
     return QStringLiteral("(?m)(?:%1|%2)")
         .arg(shape.arg(markerStart, filter, markerEnd), shape.arg(expressionStart, filter, expressionEnd));
 }
@@ -272,7 +275,8 @@ void ICUTemplateMatcher::engineSettingsChanged()
 const MGTemplateMatch *ICUTemplateMatcher::firstMarkerWithinRange(MGTemplateRange range)
 {
     const qsizetype length = _templateString.size();
-    if (range.location < 0 || range.length < 0 || range.location > length || range.length > length - range.location)
+    if (range.location < 0 || range.length < 0 || range.location > length ||
+        range.length > length - range.location)
         return nullptr;
     // Scans that run to the template's end (all the engine makes) are kept.
     if (range.end() != length || m_recent.empty()) {
@@ -308,7 +312,8 @@ std::unique_ptr<MGTemplateMatch> ICUTemplateMatcher::scan(MGTemplateRange range)
         const auto words = wordRanges(text.mid(hit->bodyStart, hit->bodyEnd - hit->bodyStart));
         for (qsizetype w = 0; w < words.size(); ++w) {
             const QChar *at = text.data() + hit->bodyStart + words[w].first;
-            const QString word = raw ? QString::fromRawData(at, words[w].second) : QString(at, words[w].second);
+            const QString word =
+                raw ? QString::fromRawData(at, words[w].second) : QString(at, words[w].second);
             if (w == 0)
                 match->name = word;
             else

@@ -7,9 +7,10 @@
 #include <QFile>
 #include <QStringDecoder>
 
-namespace {
+namespace
+{
 
-const QLatin1String kCurrentCountKey("@count");
+const QLatin1String kCountKey("@count");
 const QLatin1String kTextLengthKey("length");
 
 // A decimal index at the start of a path component; nothing when the
@@ -23,8 +24,9 @@ std::optional<qsizetype> indexFromComponent(QStringView component)
     for (QChar c : component) {
         if (c < u'0' || c > u'9')
             break;
-        index = index > (std::numeric_limits<qsizetype>::max() - 9) / 10 ? std::numeric_limits<qsizetype>::max()
-                                                                          : index * 10 + (c.unicode() - u'0');
+        index = index > (std::numeric_limits<qsizetype>::max() - 9) / 10
+                    ? std::numeric_limits<qsizetype>::max()
+                    : index * 10 + (c.unicode() - u'0');
     }
     return index;
 }
@@ -35,7 +37,7 @@ std::optional<qsizetype> indexFromComponent(QStringView component)
 MGTemplateValue computedValueForKey(const MGTemplateValue &object, QStringView key)
 {
     if (const MGTemplateList *list = object.list()) {
-        if (key == kCurrentCountKey)
+        if (key == kCountKey)
             return MGTemplateValue::integer(list->size());
         // Mapped over the elements; elements without the key stand as null.
         // When no element has it, the key reads as nothing, which lets a
@@ -52,7 +54,7 @@ MGTemplateValue computedValueForKey(const MGTemplateValue &object, QStringView k
         return any ? MGTemplateValue(std::move(mapped)) : MGTemplateValue();
     }
     if (const MGTemplateMap *map = object.map())
-        return key == kCurrentCountKey ? MGTemplateValue::integer(map->size()) : MGTemplateValue();
+        return key == kCountKey ? MGTemplateValue::integer(map->size()) : MGTemplateValue();
     if (const QString *text = object.text())
         return key == kTextLengthKey ? MGTemplateValue::integer(text->size()) : MGTemplateValue();
     return MGTemplateValue();
@@ -193,12 +195,13 @@ MGTemplateEngine::MGTemplateEngine()
 {
     loadMarker(std::make_shared<MGTemplateStandardMarkers>(this));
     loadFilter(std::make_shared<MGTemplateStandardFilters>());
-    m_engineGlobal = MGTemplateMap{
-        {QStringLiteral("delimiters"), MGTemplateMap{{QStringLiteral("markerStart"), _markerStartDelimiter},
-                                                     {QStringLiteral("markerEnd"), _markerEndDelimiter},
-                                                     {QStringLiteral("expressionStart"), _expressionStartDelimiter},
-                                                     {QStringLiteral("expressionEnd"), _expressionEndDelimiter},
-                                                     {QStringLiteral("filter"), _filterDelimiter}}}};
+    m_engineGlobal =
+        MGTemplateMap{{QStringLiteral("delimiters"),
+                       MGTemplateMap{{QStringLiteral("markerStart"), _markerStartDelimiter},
+                                     {QStringLiteral("markerEnd"), _markerEndDelimiter},
+                                     {QStringLiteral("expressionStart"), _expressionStartDelimiter},
+                                     {QStringLiteral("expressionEnd"), _expressionEndDelimiter},
+                                     {QStringLiteral("filter"), _filterDelimiter}}}};
 }
 
 MGTemplateEngine::~MGTemplateEngine() = default;
@@ -244,17 +247,15 @@ void MGTemplateEngine::loadMarker(const std::shared_ptr<MGTemplateMarker> &marke
     m_markersByName.clear();
     for (auto it = _markers.constBegin(); it != _markers.constEnd(); ++it)
         m_markersByName.emplace_back(it.key(), it.value().get());
-    std::sort(m_markersByName.begin(), m_markersByName.end(), [](const auto &a, const auto &b) {
-        return mgtemplatemap::compareKeys(a.first, b.first) < 0;
-    });
+    std::sort(m_markersByName.begin(), m_markersByName.end(),
+              [](const auto &a, const auto &b) { return mgtemplatemap::compareKeys(a.first, b.first) < 0; });
 }
 
 MGTemplateMarker *MGTemplateEngine::handlerForMarker(const QString &name)
 {
-    const auto it = std::lower_bound(m_markersByName.begin(), m_markersByName.end(), name,
-                                     [](const auto &entry, const QString &n) {
-                                         return mgtemplatemap::compareKeys(entry.first, n) < 0;
-                                     });
+    const auto it = std::lower_bound(
+        m_markersByName.begin(), m_markersByName.end(), name,
+        [](const auto &entry, const QString &n) { return mgtemplatemap::compareKeys(entry.first, n) < 0; });
     return it != m_markersByName.end() && it->first == name ? it->second : nullptr;
 }
 
@@ -270,14 +271,17 @@ void MGTemplateEngine::loadFilter(const std::shared_ptr<MGTemplateFilter> &filte
 
 void MGTemplateEngine::setRunGlobals()
 {
+    static const QString truths[] = {QStringLiteral("true"), QStringLiteral("YES"), QStringLiteral("yes")};
+    static const QString falsities[] = {QStringLiteral("false"), QStringLiteral("NO"), QStringLiteral("no")};
     _globals.insert(QStringLiteral("engine"), m_engineGlobal);
-    for (const char *name : {"true", "YES", "yes"})
-        _globals.insert(QString::fromLatin1(name), MGTemplateValue::boolean(true));
-    for (const char *name : {"false", "NO", "no"})
-        _globals.insert(QString::fromLatin1(name), MGTemplateValue::boolean(false));
+    for (const QString &name : truths)
+        _globals.insert(name, MGTemplateValue::boolean(true));
+    for (const QString &name : falsities)
+        _globals.insert(name, MGTemplateValue::boolean(false));
 }
 
-const MGTemplateValue *MGTemplateEngine::findInScopes(QStringView first, const MGTemplateMap **container) const
+const MGTemplateValue *MGTemplateEngine::findInScopes(QStringView first,
+                                                      const MGTemplateMap **container) const
 {
     const MGTemplateMap::Probe probe(first);
     const auto held = [&probe](const MGTemplateMap &map) {
@@ -302,8 +306,8 @@ const MGTemplateValue *MGTemplateEngine::findInScopes(QStringView first, const M
     return nullptr;
 }
 
-const MGTemplateValue *MGTemplateEngine::lookUp(QStringView name, MGTemplateValue &scratch, MGTemplateValue *parent,
-                                                QString *parentKey) const
+const MGTemplateValue *MGTemplateEngine::lookUp(QStringView name, MGTemplateValue &scratch,
+                                                MGTemplateValue *parent, QString *parentKey) const
 {
     const QStringView first = firstComponent(name);
     const MGTemplateMap *container = nullptr;
@@ -337,8 +341,8 @@ MGTemplateValue MGTemplateEngine::valueForVariableParentParentKey(QStringView na
     return v ? *v : MGTemplateValue();
 }
 
-void MGTemplateEngine::setValueForVariableForceCurrentStackFrame(const MGTemplateValue &value, const QString &name,
-                                                                 bool force)
+void MGTemplateEngine::setValueForVariableForceCurrentStackFrame(const MGTemplateValue &value,
+                                                                 const QString &name, bool force)
 {
     const QStringView first = firstComponent(name);
     const MGTemplateMap *found = nullptr;
@@ -414,9 +418,10 @@ bool MGTemplateEngine::checkOutputLimit(const Output &output)
 {
     if (output.size() <= m_limits.maxOutputLength)
         return true;
-    reportErrorCodeContinuing(QStringLiteral("Template processing stopped: the output grew beyond %1 characters")
-                                  .arg(m_limits.maxOutputLength),
-                              MGTemplateEngineErrorRunLimitReached, false);
+    reportErrorCodeContinuing(
+        QStringLiteral("Template processing stopped: the output grew beyond %1 characters")
+            .arg(m_limits.maxOutputLength),
+        MGTemplateEngineErrorRunLimitReached, false);
     return false;
 }
 
@@ -465,15 +470,17 @@ std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QStr
         }
         const MGTemplateMatch &match = *found;
         if (match.range.location < _remainingRange.location || match.range.end() > _templateLength) {
-            reportErrorCodeContinuing(QStringLiteral("Marker handler \"%1\" specified an invalid range to resume "
-                                                     "processing from")
-                                          .arg(match.name),
-                                      MGTemplateEngineErrorInvalidRange, false);
+            reportErrorCodeContinuing(
+                QStringLiteral("Marker handler \"%1\" specified an invalid range to resume "
+                               "processing from")
+                    .arg(match.name),
+                MGTemplateEngineErrorInvalidRange, false);
             break;
         }
         if (++m_markersThisRun > m_limits.maxMarkers) {
             reportErrorCodeContinuing(
-                QStringLiteral("Template processing stopped after %1 markers and expressions").arg(m_limits.maxMarkers),
+                QStringLiteral("Template processing stopped after %1 markers and expressions")
+                    .arg(m_limits.maxMarkers),
                 MGTemplateEngineErrorRunLimitReached, false);
             break;
         }
@@ -496,8 +503,9 @@ std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QStr
                 if (outputEnabled())
                     printValue(match, *value, output);
             } else if (outputEnabled()) {
-                reportErrorCodeContinuing(QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("variable")),
-                                          MGTemplateEngineErrorInvalidVariable, true);
+                reportErrorCodeContinuing(
+                    QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("variable")),
+                    MGTemplateEngineErrorInvalidVariable, true);
             }
         } else if (!processMarker(match, output)) {
             break;
@@ -519,8 +527,9 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, Output &outpu
     // also when a `load` marker registers more during the call.
     MGTemplateMarker *handler = handlerForMarker(match.name);
     if (!handler) {
-        reportErrorCodeContinuing(QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("marker")),
-                                  MGTemplateEngineErrorInvalidMarker, true);
+        reportErrorCodeContinuing(
+            QStringLiteral("\"%1\" is not a valid %2").arg(match.name, QStringLiteral("marker")),
+            MGTemplateEngineErrorInvalidMarker, true);
         return true;
     }
 
@@ -539,7 +548,8 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, Output &outpu
     if (next.location < 0 || next.length < 0 || next.location > _templateLength ||
         next.length > _templateLength - next.location) {
         reportErrorCodeContinuing(
-            QStringLiteral("Marker handler \"%1\" specified an invalid range to resume processing from").arg(match.name),
+            QStringLiteral("Marker handler \"%1\" specified an invalid range to resume processing from")
+                .arg(match.name),
             MGTemplateEngineErrorInvalidRange, false);
         return false;
     }
@@ -547,7 +557,8 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, Output &outpu
 
     if (call.blockStarted && call.blockEnded) {
         reportErrorCodeContinuing(
-            QStringLiteral("Marker \"%1\" reported that a block simultaneously began and ended").arg(match.name),
+            QStringLiteral("Marker \"%1\" reported that a block simultaneously began and ended")
+                .arg(match.name),
             MGTemplateEngineErrorBlockStartedAndEndedSimultaneously, true);
     } else if (call.blockStarted) {
         QStringList endNames = handler->endMarkersForMarker(match.name);
@@ -559,22 +570,26 @@ bool MGTemplateEngine::processMarker(const MGTemplateMatch &match, Output &outpu
             return true;
         }
         if (qsizetype(_openBlocksStack.size()) >= m_limits.maxOpenBlocks) {
-            reportErrorCodeContinuing(QStringLiteral("Template processing stopped: more than %1 blocks were open at once")
-                                          .arg(m_limits.maxOpenBlocks),
-                                      MGTemplateEngineErrorRunLimitReached, false);
+            reportErrorCodeContinuing(
+                QStringLiteral("Template processing stopped: more than %1 blocks were open at once")
+                    .arg(m_limits.maxOpenBlocks),
+                MGTemplateEngineErrorRunLimitReached, false);
             return false;
         }
-        _openBlocksStack.push_back(MGTemplateBlock{match.name, std::move(endNames), match.args, match.range, {}});
+        _openBlocksStack.push_back(
+            MGTemplateBlock{match.name, std::move(endNames), match.args, match.range, {}});
         m_blockHandlers.push_back(handler);
         reportBlockBoundaryStarted(true);
     } else if (call.blockEnded) {
         const MGTemplateBlock *top = _openBlocksStack.empty() ? nullptr : &_openBlocksStack.back();
         if (!top || !call.currentBlockInfo || !top->endNames.contains(match.name)) {
             reportErrorCodeContinuing(
-                top ? QStringLiteral("Marker \"%1\" reported that a block ended, but current block was started by "
-                                     "\"%2\" marker")
+                top ? QStringLiteral(
+                          "Marker \"%1\" reported that a block ended, but current block was started by "
+                          "\"%2\" marker")
                           .arg(match.name, top->name)
-                    : QStringLiteral("Marker \"%1\" reported that a non-existent block ended").arg(match.name),
+                    : QStringLiteral("Marker \"%1\" reported that a non-existent block ended")
+                          .arg(match.name),
                 MGTemplateEngineErrorBlockEndedWithoutBeingStarted, true);
             return false;
         }
@@ -614,8 +629,9 @@ void MGTemplateEngine::printValue(const MGTemplateMatch &match, const MGTemplate
     }
 }
 
-std::optional<QString> MGTemplateEngine::processTemplateInFileAtPathWithVariables(const QString &path,
-                                                                                  const MGTemplateMap &variables)
+std::optional<QString>
+MGTemplateEngine::processTemplateInFileAtPathWithVariables(const QString &path,
+                                                           const MGTemplateMap &variables)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))

@@ -112,7 +112,8 @@ public:
     // when none is open), under the whole name. Otherwise it replaces the
     // value where it lives: a map's key, or a list's element when the last
     // component is an index of it.
-    void setValueForVariableForceCurrentStackFrame(const MGTemplateValue &value, const QString &name, bool force);
+    void setValueForVariableForceCurrentStackFrame(const MGTemplateValue &value, const QString &name,
+                                                   bool force);
     // A variable's value where it is stored, to change in place; null when it
     // has none or its value is computed (as a key taken over a list). Valid
     // until the next assignment, block change or run.

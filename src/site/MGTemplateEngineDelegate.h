@@ -12,11 +12,14 @@ class MGTemplateEngineDelegate
 public:
     virtual ~MGTemplateEngineDelegate() = default;
 
-    virtual void templateEngineBlockStarted(MGTemplateEngine * /*engine*/, const MGTemplateBlock & /*block*/) {}
+    virtual void templateEngineBlockStarted(MGTemplateEngine * /*engine*/, const MGTemplateBlock & /*block*/)
+    {
+    }
     virtual void templateEngineBlockEnded(MGTemplateEngine * /*engine*/, const MGTemplateBlock & /*block*/) {}
     virtual void templateEngineFinishedProcessingTemplate(MGTemplateEngine * /*engine*/) {}
     virtual void templateEngineEncounteredErrorIsContinuing(MGTemplateEngine * /*engine*/,
-                                                            const MGTemplateError & /*error*/, bool /*continuing*/)
+                                                            const MGTemplateError & /*error*/,
+                                                            bool /*continuing*/)
     {
     }
 };

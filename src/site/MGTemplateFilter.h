@@ -16,6 +16,7 @@ public:
     virtual QStringList filters() const = 0;
     // The value after the filter; a filter that doesn't apply returns the
     // value unchanged.
-    virtual MGTemplateValue filterInvokedWithArgumentsOnValue(const QString &filter, const QStringList &arguments,
+    virtual MGTemplateValue filterInvokedWithArgumentsOnValue(const QString &filter,
+                                                              const QStringList &arguments,
                                                               const MGTemplateValue &value) = 0;
 };

@@ -16,7 +16,8 @@ QStringList MGTemplateStandardFilters::filters() const
             QStringLiteral("date_format"), QStringLiteral("color_format")};
 }
 
-namespace {
+namespace
+{
 
 QString capitalizedText(const QString &text)
 {
@@ -47,13 +48,15 @@ QString capitalizedText(const QString &text)
 
 } // namespace
 
-std::optional<QString> MGTemplateStandardFilters::formattedDate(const QString &pattern, MGTemplateValue::Date date)
+std::optional<QString> MGTemplateStandardFilters::formattedDate(const QString &pattern,
+                                                                MGTemplateValue::Date date)
 {
     std::shared_ptr<void> formatter = m_formatters.value(pattern);
     if (!formatter) {
         UErrorCode status = U_ZERO_ERROR;
-        UDateFormat *made = udat_open(UDAT_PATTERN, UDAT_PATTERN, nullptr, nullptr, 0, reinterpret_cast<const UChar *>(pattern.utf16()),
-                                      int32_t(pattern.size()), &status);
+        UDateFormat *made =
+            udat_open(UDAT_PATTERN, UDAT_PATTERN, nullptr, nullptr, 0,
+                      reinterpret_cast<const UChar *>(pattern.utf16()), int32_t(pattern.size()), &status);
         if (U_FAILURE(status) || !made) {
             if (made)
                 udat_close(made);
@@ -67,9 +70,9 @@ std::optional<QString> MGTemplateStandardFilters::formattedDate(const QString &p
     QString out(64, Qt::Uninitialized);
     for (int attempt = 0; attempt < 2; ++attempt) {
         UErrorCode status = U_ZERO_ERROR;
-        const int32_t length = udat_format(static_cast<UDateFormat *>(formatter.get()), UDate(date.msecsSinceEpoch),
-                                           reinterpret_cast<UChar *>(out.data()), int32_t(out.size()), nullptr,
-                                           &status);
+        const int32_t length =
+            udat_format(static_cast<UDateFormat *>(formatter.get()), UDate(date.msecsSinceEpoch),
+                        reinterpret_cast<UChar *>(out.data()), int32_t(out.size()), nullptr, &status);
         if (status == U_BUFFER_OVERFLOW_ERROR) {
             out.resize(length);
             continue;

@@ -6,27 +6,52 @@
 
 #include <QDateTime>
 
-namespace {
+namespace
+{
 
-enum class Marker { Unknown, For, EndFor, Section, EndSection, If, Else, EndIf, Now, Comment, EndComment, Load,
-                    Cycle, Set };
+enum class Marker {
+    Unknown,
+    For,
+    EndFor,
+    Section,
+    EndSection,
+    If,
+    Else,
+    EndIf,
+    Now,
+    Comment,
+    EndComment,
+    Load,
+    Cycle,
+    Set
+};
 
 // Every marker passes here, so the names are told apart by length first
 // rather than hashed.
 Marker markerKind(QStringView name)
 {
     switch (name.size()) {
-    case 2: return name == u"if" ? Marker::If : Marker::Unknown;
+    case 2:
+        return name == u"if" ? Marker::If : Marker::Unknown;
     case 3:
-        return name == u"for" ? Marker::For : name == u"/if" ? Marker::EndIf : name == u"now" ? Marker::Now
-               : name == u"set" ? Marker::Set : Marker::Unknown;
+        return name == u"for"   ? Marker::For
+               : name == u"/if" ? Marker::EndIf
+               : name == u"now" ? Marker::Now
+               : name == u"set" ? Marker::Set
+                                : Marker::Unknown;
     case 4:
-        return name == u"/for" ? Marker::EndFor : name == u"else" ? Marker::Else : name == u"load" ? Marker::Load
-                                                                                                   : Marker::Unknown;
-    case 5: return name == u"cycle" ? Marker::Cycle : Marker::Unknown;
-    case 7: return name == u"section" ? Marker::Section : name == u"comment" ? Marker::Comment : Marker::Unknown;
+        return name == u"/for"   ? Marker::EndFor
+               : name == u"else" ? Marker::Else
+               : name == u"load" ? Marker::Load
+                                 : Marker::Unknown;
+    case 5:
+        return name == u"cycle" ? Marker::Cycle : Marker::Unknown;
+    case 7:
+        return name == u"section" ? Marker::Section : name == u"comment" ? Marker::Comment : Marker::Unknown;
     case 8:
-        return name == u"/section" ? Marker::EndSection : name == u"/comment" ? Marker::EndComment : Marker::Unknown;
+        return name == u"/section"   ? Marker::EndSection
+               : name == u"/comment" ? Marker::EndComment
+                                     : Marker::Unknown;
     }
     return Marker::Unknown;
 }
@@ -57,9 +82,10 @@ MGTemplateStandardMarkers::MGTemplateStandardMarkers(MGTemplateEngine *engine) :
 
 QStringList MGTemplateStandardMarkers::markers() const
 {
-    return {QStringLiteral("for"),      QStringLiteral("/for"),    QStringLiteral("section"), QStringLiteral("/section"),
-            QStringLiteral("if"),       QStringLiteral("else"),    QStringLiteral("/if"),     QStringLiteral("now"),
-            QStringLiteral("comment"),  QStringLiteral("/comment"), QStringLiteral("load"),   QStringLiteral("cycle"),
+    return {QStringLiteral("for"),      QStringLiteral("/for"), QStringLiteral("section"),
+            QStringLiteral("/section"), QStringLiteral("if"),   QStringLiteral("else"),
+            QStringLiteral("/if"),      QStringLiteral("now"),  QStringLiteral("comment"),
+            QStringLiteral("/comment"), QStringLiteral("load"), QStringLiteral("cycle"),
             QStringLiteral("set")};
 }
 
@@ -70,11 +96,16 @@ QStringList MGTemplateStandardMarkers::endMarkersForMarker(const QString &marker
     static const QStringList ifEnd{QStringLiteral("/if"), QStringLiteral("else")};
     static const QStringList commentEnd{QStringLiteral("/comment")};
     switch (markerKind(marker)) {
-    case Marker::For: return forEnd;
-    case Marker::Section: return sectionEnd;
-    case Marker::If: return ifEnd;
-    case Marker::Comment: return commentEnd;
-    default: return {};
+    case Marker::For:
+        return forEnd;
+    case Marker::Section:
+        return sectionEnd;
+    case Marker::If:
+        return ifEnd;
+    case Marker::Comment:
+        return commentEnd;
+    default:
+        return {};
     }
 }
 
@@ -128,9 +159,12 @@ MGTemplateValue MGTemplateStandardMarkers::markerEncountered(MGTemplateMarkerCal
 {
     const QStringList &args = call.arguments;
     switch (markerKind(call.marker)) {
-    case Marker::Unknown: return {};
-    case Marker::For: return forStarted(call);
-    case Marker::EndFor: return forEnded(call);
+    case Marker::Unknown:
+        return {};
+    case Marker::For:
+        return forStarted(call);
+    case Marker::EndFor:
+        return forEnded(call);
     case Marker::Section:
         if (args.size() == 1) {
             call.blockStarted = true;
@@ -142,17 +176,23 @@ MGTemplateValue MGTemplateStandardMarkers::markerEncountered(MGTemplateMarkerCal
             sectionStack.pop_back();
         call.blockEnded = true;
         return {};
-    case Marker::If: ifStarted(call); return {};
+    case Marker::If:
+        ifStarted(call);
+        return {};
     case Marker::Else:
-        if (currentBlockMatchesTopOfStack(call.currentBlockInfo, ifStack) && !ifStack.back().elseEncountered) {
+        if (currentBlockMatchesTopOfStack(call.currentBlockInfo, ifStack) &&
+            !ifStack.back().elseEncountered) {
             IfFrame &frame = ifStack.back();
             if (frame.shouldDisableOutput)
                 call.outputEnabled = !frame.argumentTrue;
             frame.elseEncountered = true;
         }
         return {};
-    case Marker::EndIf: endBlock(call, ifStack); return {};
-    case Marker::Now: return MGTemplateValue(MGTemplateValue::Date{QDateTime::currentMSecsSinceEpoch()});
+    case Marker::EndIf:
+        endBlock(call, ifStack);
+        return {};
+    case Marker::Now:
+        return MGTemplateValue(MGTemplateValue::Date{QDateTime::currentMSecsSinceEpoch()});
     case Marker::Comment:
         if (args.isEmpty()) {
             call.blockStarted = true;
@@ -160,7 +200,9 @@ MGTemplateValue MGTemplateStandardMarkers::markerEncountered(MGTemplateMarkerCal
             call.outputEnabled = false;
         }
         return {};
-    case Marker::EndComment: endBlock(call, commentStack); return {};
+    case Marker::EndComment:
+        endBlock(call, commentStack);
+        return {};
     case Marker::Load:
         if (const MGTemplatePluginRegistry *registry = m_engine->pluginRegistry()) {
             for (const QString &className : args) {
@@ -194,7 +236,8 @@ MGTemplateValue MGTemplateStandardMarkers::markerEncountered(MGTemplateMarkerCal
 
 MGTemplateValue MGTemplateStandardMarkers::elementAt(const ForFrame &frame, qsizetype taken) const
 {
-    const qsizetype count = frame.collection.list() ? frame.collection.list()->size() : frame.collection.map()->size();
+    const qsizetype count =
+        frame.collection.list() ? frame.collection.list()->size() : frame.collection.map()->size();
     const qsizetype index = frame.reversed ? count - 1 - taken : taken;
     if (const MGTemplateList *list = frame.collection.list())
         return list->at(index);
@@ -289,7 +332,8 @@ MGTemplateValue MGTemplateStandardMarkers::forEnded(MGTemplateMarkerCall &call)
             return {};
         }
         element = elementAt(frame, frame.taken++);
-    } else if (frame.reversed ? frame.currentIndex <= frame.startIndex : frame.currentIndex >= frame.endIndex) {
+    } else if (frame.reversed ? frame.currentIndex <= frame.startIndex
+                              : frame.currentIndex >= frame.endIndex) {
         forStack.pop_back();
         return {};
     }

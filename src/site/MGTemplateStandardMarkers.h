@@ -88,8 +88,7 @@ private:
     // `/if` and `/comment`: when the frame is the current block's, output
     // comes back on if the opening marker turned it off, and the frame goes;
     // the block ends in any case.
-    template <typename Frame>
-    static void endBlock(MGTemplateMarkerCall &call, std::vector<Frame> &stack)
+    template <typename Frame> static void endBlock(MGTemplateMarkerCall &call, std::vector<Frame> &stack)
     {
         if (currentBlockMatchesTopOfStack(call.currentBlockInfo, stack)) {
             if (stack.back().shouldDisableOutput)

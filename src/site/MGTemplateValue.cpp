@@ -9,12 +9,12 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 // Copy on write: a container's data is copied before a change only while
 // other values share it.
-template <typename Data>
-void detachShared(std::shared_ptr<Data> &d)
+template <typename Data> void detachShared(std::shared_ptr<Data> &d)
 {
     if (!d)
         d = std::make_shared<Data>();
@@ -22,8 +22,7 @@ void detachShared(std::shared_ptr<Data> &d)
         d = std::make_shared<Data>(*d);
 }
 
-template <typename Container>
-bool equalContainers(const Container &a, const Container &b)
+template <typename Container> bool equalContainers(const Container &a, const Container &b)
 {
     return a.sharesDataWith(b) || (a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin()));
 }
@@ -212,8 +211,8 @@ MGTemplateValue MGTemplateValue::boolean(bool value)
 
 MGTemplateValue::Type MGTemplateValue::type() const
 {
-    static constexpr Type types[] = {Type::Null,   Type::Text,   Type::Number, Type::Number, Type::Boolean,
-                                     Type::Date,   Type::Colour, Type::List,   Type::Map};
+    static constexpr Type types[] = {Type::Null, Type::Text,   Type::Number, Type::Number, Type::Boolean,
+                                     Type::Date, Type::Colour, Type::List,   Type::Map};
     return types[m_value.index()];
 }
 
@@ -268,7 +267,8 @@ bool MGTemplateValue::hasIntegerReading() const
     return t == Type::Text || t == Type::Number || t == Type::Boolean;
 }
 
-namespace {
+namespace
+{
 
 QString hex2(int v)
 {
@@ -337,14 +337,30 @@ char16_t *writeJsonString(char16_t *to, QStringView s)
         }
         *to++ = u'\\';
         switch (c) {
-        case u'"': *to++ = u'"'; break;
-        case u'\\': *to++ = u'\\'; break;
-        case u'/': *to++ = u'/'; break;
-        case u'\b': *to++ = u'b'; break;
-        case u'\f': *to++ = u'f'; break;
-        case u'\n': *to++ = u'n'; break;
-        case u'\r': *to++ = u'r'; break;
-        case u'\t': *to++ = u't'; break;
+        case u'"':
+            *to++ = u'"';
+            break;
+        case u'\\':
+            *to++ = u'\\';
+            break;
+        case u'/':
+            *to++ = u'/';
+            break;
+        case u'\b':
+            *to++ = u'b';
+            break;
+        case u'\f':
+            *to++ = u'f';
+            break;
+        case u'\n':
+            *to++ = u'n';
+            break;
+        case u'\r':
+            *to++ = u'r';
+            break;
+        case u'\t':
+            *to++ = u't';
+            break;
         default:
             *to++ = u'u';
             for (int shift = 12; shift >= 0; shift -= 4)
@@ -378,16 +394,20 @@ QString doubleText(double d)
 std::optional<qsizetype> MGTemplateValue::jsonLength(bool strict) const
 {
     switch (m_value.index()) {
-    case 0: return 4;
-    case 1: return jsonStringLength(std::get<QString>(m_value));
-    case 2: return QString::number(std::get<qint64>(m_value)).size();
+    case 0:
+        return 4;
+    case 1:
+        return jsonStringLength(std::get<QString>(m_value));
+    case 2:
+        return QString::number(std::get<qint64>(m_value)).size();
     case 3: {
         const double d = std::get<double>(m_value);
         if (!std::isfinite(d))
             return strict ? std::nullopt : std::optional<qsizetype>(4);
         return doubleText(d).size();
     }
-    case 4: return std::get<bool>(m_value) ? 4 : 5;
+    case 4:
+        return std::get<bool>(m_value) ? 4 : 5;
     case 5:
     case 6:
         if (strict)
@@ -422,16 +442,21 @@ std::optional<qsizetype> MGTemplateValue::jsonLength(bool strict) const
 char16_t *MGTemplateValue::writeJson(char16_t *to, bool strict) const
 {
     switch (m_value.index()) {
-    case 0: return writeLatin1(to, "null");
-    case 1: return writeJsonString(to, std::get<QString>(m_value));
-    case 2: return writeAscii(to, QString::number(std::get<qint64>(m_value)));
+    case 0:
+        return writeLatin1(to, "null");
+    case 1:
+        return writeJsonString(to, std::get<QString>(m_value));
+    case 2:
+        return writeAscii(to, QString::number(std::get<qint64>(m_value)));
     case 3: {
         const double d = std::get<double>(m_value);
         return std::isfinite(d) ? writeAscii(to, doubleText(d)) : writeLatin1(to, "null");
     }
-    case 4: return writeLatin1(to, std::get<bool>(m_value) ? "true" : "false");
+    case 4:
+        return writeLatin1(to, std::get<bool>(m_value) ? "true" : "false");
     case 5:
-    case 6: return writeJsonString(to, toText());
+    case 6:
+        return writeJsonString(to, toText());
     case 7: {
         *to++ = u'[';
         bool first = true;
@@ -462,7 +487,8 @@ char16_t *MGTemplateValue::writeJson(char16_t *to, bool strict) const
     return to;
 }
 
-namespace {
+namespace
+{
 
 void appendJsonForm(const MGTemplateValue &value, QString &out, qsizetype length)
 {
@@ -485,14 +511,29 @@ bool MGTemplateValue::appendJson(QString &out) const
 void MGTemplateValue::appendText(QString &out) const
 {
     switch (m_value.index()) {
-    case 0: return;
-    case 1: out += std::get<QString>(m_value); return;
-    case 2: out += QString::number(std::get<qint64>(m_value)); return;
-    case 3: out += doubleText(std::get<double>(m_value)); return;
-    case 4: out += std::get<bool>(m_value) ? QLatin1Char('1') : QLatin1Char('0'); return;
-    case 5: out += dateText(std::get<Date>(m_value)); return;
-    case 6: out += colourText(std::get<Colour>(m_value)); return;
-    default: appendJsonForm(*this, out, *jsonLength(false)); return;
+    case 0:
+        return;
+    case 1:
+        out += std::get<QString>(m_value);
+        return;
+    case 2:
+        out += QString::number(std::get<qint64>(m_value));
+        return;
+    case 3:
+        out += doubleText(std::get<double>(m_value));
+        return;
+    case 4:
+        out += std::get<bool>(m_value) ? QLatin1Char('1') : QLatin1Char('0');
+        return;
+    case 5:
+        out += dateText(std::get<Date>(m_value));
+        return;
+    case 6:
+        out += colourText(std::get<Colour>(m_value));
+        return;
+    default:
+        appendJsonForm(*this, out, *jsonLength(false));
+        return;
     }
 }
 
@@ -510,7 +551,8 @@ bool MGTemplateValue::operator==(const MGTemplateValue &other) const
     return m_value == other.m_value;
 }
 
-namespace {
+namespace
+{
 
 std::optional<MGTemplateValue::Colour> parseColour(const QString &text)
 {
@@ -533,9 +575,12 @@ std::optional<MGTemplateValue> MGTemplateValue::fromJson(const QJsonValue &json,
 {
     switch (json.type()) {
     case QJsonValue::Null:
-    case QJsonValue::Undefined: return MGTemplateValue();
-    case QJsonValue::Bool: return boolean(json.toBool());
-    case QJsonValue::String: return MGTemplateValue(json.toString());
+    case QJsonValue::Undefined:
+        return MGTemplateValue();
+    case QJsonValue::Bool:
+        return boolean(json.toBool());
+    case QJsonValue::String:
+        return MGTemplateValue(json.toString());
     case QJsonValue::Double: {
         const double d = json.toDouble();
         // Whole numbers that fit a 64-bit integer print without a fraction.
@@ -562,7 +607,8 @@ std::optional<MGTemplateValue> MGTemplateValue::fromJson(const QJsonValue &json,
             const QDateTime t = QDateTime::fromString(text, Qt::ISODateWithMs);
             if (!t.isValid()) {
                 if (error)
-                    *error = QStringLiteral("\"%1\" is not an ISO 8601 date (as 2020-01-02T03:04:05Z)").arg(text);
+                    *error =
+                        QStringLiteral("\"%1\" is not an ISO 8601 date (as 2020-01-02T03:04:05Z)").arg(text);
                 return std::nullopt;
             }
             return MGTemplateValue(Date{t.toMSecsSinceEpoch()});

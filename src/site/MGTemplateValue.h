@@ -194,12 +194,14 @@ public:
     static std::optional<MGTemplateValue> fromJson(const QJsonValue &json, QString *error = nullptr);
 
 private:
-    std::variant<std::monostate, QString, qint64, double, bool, Date, Colour, MGTemplateList, MGTemplateMap> m_value;
+    std::variant<std::monostate, QString, qint64, double, bool, Date, Colour, MGTemplateList, MGTemplateMap>
+        m_value;
 };
 
 // ---- Inline look-up ----
 
-namespace mgtemplatemap {
+namespace mgtemplatemap
+{
 
 // Code-unit order, as QString's operator< has it, inline: keys are short and
 // usually differ in their first unit.

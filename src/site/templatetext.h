@@ -7,7 +7,8 @@
 
 #include <limits>
 
-namespace mgtemplate {
+namespace mgtemplate
+{
 
 // White space as templates see it: the Unicode White_Space characters (what
 // "\s" matches in an ICU regular expression). All of them lie in the BMP.
@@ -17,8 +18,8 @@ inline bool isSpace(char16_t c)
         return c == 0x20 || (c >= 0x09 && c <= 0x0D);
     if (c < 0x85)
         return false;
-    return c == 0x85 || c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 ||
-           c == 0x202F || c == 0x205F || c == 0x3000;
+    return c == 0x85 || c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x2028 ||
+           c == 0x2029 || c == 0x202F || c == 0x205F || c == 0x3000;
 }
 
 // The characters that end a line (what "." doesn't match in an ICU regular

@@ -13,14 +13,16 @@
 
 using namespace sitetest;
 
-namespace {
+namespace
+{
 
 QString describe(const MGTemplateMatch *m)
 {
     if (!m)
         return QStringLiteral("none");
     return QStringLiteral("%1 %2 %3 name=[%4] args=[%5] filter=[%6] filterArgs=[%7]")
-        .arg(m->type == MGTemplateMatch::Type::Marker ? QStringLiteral("marker") : QStringLiteral("expression"))
+        .arg(m->type == MGTemplateMatch::Type::Marker ? QStringLiteral("marker")
+                                                      : QStringLiteral("expression"))
         .arg(m->range.location)
         .arg(m->range.length)
         .arg(m->name, m->args.join(u'|'), m->filter, m->filterArgs.join(u'|'));
@@ -48,8 +50,10 @@ TEST_F(MatcherFixture, MatchRecords)
     } cases[] = {
         {"ab {% for x in list %} cd", "marker 3 19 name=[for] args=[x|in|list] filter=[] filterArgs=[]"},
         {"{{ name }}", "expression 0 10 name=[name] args=[] filter=[] filterArgs=[]"},
-        {R"({{ d | date_format: "yyyy" }})", "expression 0 29 name=[d] args=[] filter=[date_format] filterArgs=[yyyy]"},
-        {R"({{ d|date_format:"a b" c }})", "expression 0 27 name=[d] args=[] filter=[date_format] filterArgs=[a b|c]"},
+        {R"({{ d | date_format: "yyyy" }})",
+         "expression 0 29 name=[d] args=[] filter=[date_format] filterArgs=[yyyy]"},
+        {R"({{ d|date_format:"a b" c }})",
+         "expression 0 27 name=[d] args=[] filter=[date_format] filterArgs=[a b|c]"},
         {R"({{ d | f "HH:mm" }})", "expression 0 19 name=[d] args=[] filter=[f] filterArgs=[HH mm]"},
         {"{% now | date_format: x %}", "marker 0 26 name=[now] args=[] filter=[date_format] filterArgs=[x]"},
         {"{{ a | b | c }}", "expression 0 15 name=[a] args=[] filter=[b] filterArgs=[||c]"},
@@ -141,8 +145,8 @@ public:
     explicit IcuRegex(const QString &pattern)
     {
         UErrorCode status = U_ZERO_ERROR;
-        m_re = uregex_open(reinterpret_cast<const UChar *>(pattern.utf16()), int32_t(pattern.size()), 0, nullptr,
-                           &status);
+        m_re = uregex_open(reinterpret_cast<const UChar *>(pattern.utf16()), int32_t(pattern.size()), 0,
+                           nullptr, &status);
         EXPECT_TRUE(U_SUCCESS(status)) << u_errorName(status);
     }
     ~IcuRegex() { uregex_close(m_re); }
@@ -153,7 +157,8 @@ public:
     {
         m_text = text;
         UErrorCode status = U_ZERO_ERROR;
-        uregex_setText(m_re, reinterpret_cast<const UChar *>(m_text.utf16()), int32_t(m_text.size()), &status);
+        uregex_setText(m_re, reinterpret_cast<const UChar *>(m_text.utf16()), int32_t(m_text.size()),
+                       &status);
     }
     bool findFrom(qsizetype from)
     {
@@ -176,10 +181,7 @@ public:
         UErrorCode status = U_ZERO_ERROR;
         return uregex_end(m_re, group, &status);
     }
-    QString group(int g) const
-    {
-        return start(g) < 0 ? QString() : m_text.mid(start(g), end(g) - start(g));
-    }
+    QString group(int g) const { return start(g) < 0 ? QString() : m_text.mid(start(g), end(g) - start(g)); }
 
 private:
     URegularExpression *m_re = nullptr;
@@ -218,9 +220,10 @@ QString recordFromRegex(const IcuRegex &re)
 // shaped like markers and expressions so that matches are common.
 QString randomText(std::mt19937 &random)
 {
-    static const char16_t *const pieces[] = {u"{%", u"%}", u"{{", u"}}", u"|", u" ", u"  ", u"\n", u"a", u"bc",
-                                             u":", u"\"", u"'", u"\\", u"\t", u"\u2028", u"\r\n", u"\u0085",
-                                             u"\u00a0", u"\u000b", u"{", u"}", u"%", u"x | y", u": "};
+    static const char16_t *const pieces[] = {
+        u"{%",     u"%}",     u"{{", u"}}", u"|",  u" ",     u"  ",     u"\n",   u"a",
+        u"bc",     u":",      u"\"", u"'",  u"\\", u"\t",    u"\u2028", u"\r\n", u"\u0085",
+        u"\u00a0", u"\u000b", u"{",  u"}",  u"%",  u"x | y", u": "};
     static const char16_t *const starts[] = {u"{%", u"{{"};
     static const char16_t *const ends[] = {u"%}", u"}}", u"", u"}"};
     std::uniform_int_distribution<int> segments(0, 5);
@@ -277,7 +280,8 @@ TEST(ICUTemplateMatcherScanner, FindsWhatTheRegularExpressionFinds)
 TEST(ArgumentsFromString, SplitsAsTheWordExpressionDoes)
 {
     IcuRegex re(QStringLiteral(R"re("(.*?)(?<!\\)"|'(.*?)(?<!\\)'|(\S+))re"));
-    static const char16_t *const pieces[] = {u"\"", u"'", u"\\", u" ", u"a", u"bc", u"\n", u"\u00a0", u"\t", u"|"};
+    static const char16_t *const pieces[] = {u"\"", u"'",  u"\\",     u" ",  u"a",
+                                             u"bc", u"\n", u"\u00a0", u"\t", u"|"};
     std::mt19937 random(7);
     std::uniform_int_distribution<int> count(0, 12);
     std::uniform_int_distribution<size_t> pick(0, std::size(pieces) - 1);
@@ -288,7 +292,9 @@ TEST(ArgumentsFromString, SplitsAsTheWordExpressionDoes)
         re.setText(text);
         QStringList expected;
         for (bool found = re.findFrom(0); found; found = re.findNext()) {
-            const QString word = re.start(1) >= 0 ? re.group(1) : re.start(2) >= 0 ? re.group(2) : re.group(3);
+            const QString word = re.start(1) >= 0   ? re.group(1)
+                                 : re.start(2) >= 0 ? re.group(2)
+                                                    : re.group(3);
             if (word.isEmpty())
                 break;
             expected.append(word);

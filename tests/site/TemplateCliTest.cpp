@@ -12,7 +12,8 @@
 
 using namespace orvotest;
 
-namespace {
+namespace
+{
 
 class TemplateCommand : public ::testing::Test
 {
@@ -48,10 +49,11 @@ protected:
 
 TEST_F(TemplateCommand, ExpandsAgainstJsonVariables)
 {
-    const Result r = run({file("page.html", "<h1>{{ title | uppercase }}</h1>{% for p in posts %}<a href=\"{{ p.url }}\">"
-                                            "{{ p.title }}</a>{% /for %} {{ when | date_format: \"yyyy-MM-dd HH:mm\" }}"
-                                            " {{ accent | color_format: hex }}"),
-                          file("vars.json", R"({"title": "Notes", "posts": [{"title": "One", "url": "1.html"}],
+    const Result r =
+        run({file("page.html", "<h1>{{ title | uppercase }}</h1>{% for p in posts %}<a href=\"{{ p.url }}\">"
+                               "{{ p.title }}</a>{% /for %} {{ when | date_format: \"yyyy-MM-dd HH:mm\" }}"
+                               " {{ accent | color_format: hex }}"),
+             file("vars.json", R"({"title": "Notes", "posts": [{"title": "One", "url": "1.html"}],
                                                 "when": {"$date": "2020-01-02T03:04:05Z"},
                                                 "accent": {"$color": "#336699"}})")});
     EXPECT_EQ(r.code, 0) << r.err.toStdString();
@@ -61,12 +63,14 @@ TEST_F(TemplateCommand, ExpandsAgainstJsonVariables)
 
 TEST_F(TemplateCommand, ReportsErrorsWithCodesAndPrintsTheOutput)
 {
-    const Result r = run({file("errors.html", "a{{ missing }}b{% nosuch %}c{% /if %}d"), file("vars.json", "{}")});
+    const Result r =
+        run({file("errors.html", "a{{ missing }}b{% nosuch %}c{% /if %}d"), file("vars.json", "{}")});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.out.toStdString(), "abc");
-    EXPECT_EQ(r.err.toStdString(), "orvo: error 3: \"missing\" is not a valid variable\n"
-                                   "orvo: error 2: \"nosuch\" is not a valid marker\n"
-                                   "orvo: error 1: Marker \"/if\" reported that a non-existent block ended\n");
+    EXPECT_EQ(r.err.toStdString(),
+              "orvo: error 3: \"missing\" is not a valid variable\n"
+              "orvo: error 2: \"nosuch\" is not a valid marker\n"
+              "orvo: error 1: Marker \"/if\" reported that a non-existent block ended\n");
 }
 
 TEST_F(TemplateCommand, JsonReport)

@@ -19,7 +19,8 @@
 
 using namespace sitetest;
 
-namespace {
+namespace
+{
 
 const char *const kItems = R"({"items": [1, 2], "name": "Ann"})";
 
@@ -53,8 +54,8 @@ TEST(TemplateEngineErrors, MessagesAndContinuation)
         const char *message;
         bool continuing;
     } cases[] = {
-        {"{% load TestMarkers %}{% both %}", 0, R"(Marker "both" reported that a block simultaneously began and ended)",
-         true},
+        {"{% load TestMarkers %}{% both %}", 0,
+         R"(Marker "both" reported that a block simultaneously began and ended)", true},
         {"{% /for %}", 1, R"(Marker "/for" reported that a non-existent block ended)", true},
         {"{% if yes %}{% /for %}", 1,
          R"(Marker "/for" reported that a block ended, but current block was started by "if" marker)", true},
@@ -115,7 +116,10 @@ TEST(TemplateEngineDelegate, BlockEventsInOrder)
 TEST(TemplateEngineDelegate, BlockRecordHoldsArgumentsAndEndNames)
 {
     struct Recorder : MGTemplateEngineDelegate {
-        void templateEngineBlockStarted(MGTemplateEngine *, const MGTemplateBlock &block) override { blocks.push_back(block); }
+        void templateEngineBlockStarted(MGTemplateEngine *, const MGTemplateBlock &block) override
+        {
+            blocks.push_back(block);
+        }
         std::vector<MGTemplateBlock> blocks;
     } recorder;
     auto engine = makeEngine();
@@ -167,9 +171,10 @@ TEST(TemplateEngineState, StopsLeaveNoStateBehind)
 {
     // A run that stops inside blocks must not leave frames for the next run.
     auto engine = makeEngine();
-    EXPECT_EQ(expand(*engine, QStringLiteral("{% if no %}{% for x in items %}{% /if %}"), variablesFromJson(kItems))
-                  .codes,
-              std::vector<int>{1});
+    EXPECT_EQ(
+        expand(*engine, QStringLiteral("{% if no %}{% for x in items %}{% /if %}"), variablesFromJson(kItems))
+            .codes,
+        std::vector<int>{1});
     const Outcome next = expand(*engine, QStringLiteral("{% if yes %}A{% else %}B{% /if %}"));
     EXPECT_EQ(next.output, QStringLiteral("A"));
     EXPECT_TRUE(next.codes.empty());
@@ -185,7 +190,8 @@ TEST(TemplateEngineVariables, CallersDataIsNeverChanged)
                   .output,
               QStringLiteral(R"(b["9",2])"));
     EXPECT_EQ(variables, before);
-    EXPECT_EQ(engine->templateVariables().find(u"post")->map()->find(u"title")->toText(), QStringLiteral("b"));
+    EXPECT_EQ(engine->templateVariables().find(u"post")->map()->find(u"title")->toText(),
+              QStringLiteral("b"));
 }
 
 TEST(TemplateEngineVariables, ResolvingAndParents)
@@ -208,8 +214,10 @@ TEST(TemplateEngineVariables, ResolvingAndParents)
     // Assignment: a new name goes into the run's variables (no block is
     // open), an existing one where it lives.
     engine->setValueForVariableForceCurrentStackFrame(MGTemplateValue("new"), QStringLiteral("fresh"), false);
-    engine->setValueForVariableForceCurrentStackFrame(MGTemplateValue("z"), QStringLiteral("post.tags.0"), false);
-    engine->setValueForVariableForceCurrentStackFrame(MGTemplateValue("no"), QStringLiteral("post.tags.7"), false);
+    engine->setValueForVariableForceCurrentStackFrame(MGTemplateValue("z"), QStringLiteral("post.tags.0"),
+                                                      false);
+    engine->setValueForVariableForceCurrentStackFrame(MGTemplateValue("no"), QStringLiteral("post.tags.7"),
+                                                      false);
     EXPECT_EQ(engine->resolveVariable(u"fresh"), MGTemplateValue("new"));
     EXPECT_EQ(engine->resolveVariable(u"post.tags").toText(), QStringLiteral(R"(["z","y"])"));
 }
@@ -270,8 +278,8 @@ TEST(TemplateEngineFiles, ReadInTheirEncoding)
     } files[] = {
         {"utf8.html", text.toUtf8()},
         {"utf8-bom.html", QByteArray("\xEF\xBB\xBF") + text.toUtf8()},
-        {"utf16le-bom.html", QByteArray("\xFF\xFE", 2) + QByteArray(reinterpret_cast<const char *>(text.utf16()),
-                                                                    text.size() * 2)},
+        {"utf16le-bom.html", QByteArray("\xFF\xFE", 2) +
+                                 QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2)},
         {"latin1.html", text.toLatin1()},
     };
     auto engine = makeEngine();
@@ -296,12 +304,18 @@ TEST(TemplateEngineLimits, RunsStopAtTheirLimits)
         const char *message;
         qsizetype maxOutput;
     } cases[] = {
-        {{100, 1 << 20, 100}, "{% for 1 to 1000000 %}x{% /for %}",
-         "Fatal Error: Template processing stopped after 100 markers and expressions", 100},
-        {{1000, 50, 100}, "{% for 1 to 1000 %}0123456789{% /for %}",
-         "Fatal Error: Template processing stopped: the output grew beyond 50 characters", 60},
-        {{1000, 1 << 20, 3}, "{% if yes %}{% if yes %}{% if yes %}{% if yes %}deep{% /if %}{% /if %}{% /if %}{% /if %}",
-         "Fatal Error: Template processing stopped: more than 3 blocks were open at once", 0},
+        {{100, 1 << 20, 100},
+         "{% for 1 to 1000000 %}x{% /for %}",
+         "Fatal Error: Template processing stopped after 100 markers and expressions",
+         100},
+        {{1000, 50, 100},
+         "{% for 1 to 1000 %}0123456789{% /for %}",
+         "Fatal Error: Template processing stopped: the output grew beyond 50 characters",
+         60},
+        {{1000, 1 << 20, 3},
+         "{% if yes %}{% if yes %}{% if yes %}{% if yes %}deep{% /if %}{% /if %}{% /if %}{% /if %}",
+         "Fatal Error: Template processing stopped: more than 3 blocks were open at once",
+         0},
     };
     for (const auto &c : cases) {
         auto engine = makeEngine();

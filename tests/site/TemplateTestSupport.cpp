@@ -8,9 +8,11 @@
 #include <unicode/ucal.h>
 #include <unicode/uloc.h>
 
-namespace sitetest {
+namespace sitetest
+{
 
-namespace {
+namespace
+{
 
 class TestMarkers : public MGTemplateMarker
 {
@@ -18,8 +20,8 @@ public:
     explicit TestMarkers(MGTemplateEngine *engine) : m_engine(engine) {}
     QStringList markers() const override
     {
-        return {QStringLiteral("both"), QStringLiteral("noend"), QStringLiteral("jump"), QStringLiteral("shout"),
-                QStringLiteral("for")};
+        return {QStringLiteral("both"), QStringLiteral("noend"), QStringLiteral("jump"),
+                QStringLiteral("shout"), QStringLiteral("for")};
     }
     QStringList endMarkersForMarker(const QString &) const override { return {}; }
     MGTemplateValue markerEncountered(MGTemplateMarkerCall &call) override
@@ -80,7 +82,8 @@ const MGTemplatePluginRegistry &testRegistry()
     return *registry;
 }
 
-namespace {
+namespace
+{
 
 // Dates format in UTC with the en_US locale in every test of the binary.
 class IcuDefaults : public ::testing::Environment
@@ -94,7 +97,8 @@ public:
         ASSERT_TRUE(U_SUCCESS(status));
     }
 };
-[[maybe_unused]] ::testing::Environment *const icuDefaults = ::testing::AddGlobalTestEnvironment(new IcuDefaults);
+[[maybe_unused]] ::testing::Environment *const icuDefaults =
+    ::testing::AddGlobalTestEnvironment(new IcuDefaults);
 
 } // namespace
 
@@ -108,7 +112,8 @@ void RecordingDelegate::templateEngineBlockEnded(MGTemplateEngine *, const MGTem
     events.append(QLatin1Char('-') + block.name);
 }
 
-void RecordingDelegate::templateEngineEncounteredErrorIsContinuing(MGTemplateEngine *, const MGTemplateError &error,
+void RecordingDelegate::templateEngineEncounteredErrorIsContinuing(MGTemplateEngine *,
+                                                                   const MGTemplateError &error,
                                                                    bool isContinuing)
 {
     codes.push_back(error.code);

@@ -14,7 +14,8 @@ inline void PrintTo(const QString &text, std::ostream *os)
     *os << '"' << text.toStdString() << '"';
 }
 
-namespace sitetest {
+namespace sitetest
+{
 
 // Records what a run reports to its delegate.
 class RecordingDelegate : public MGTemplateEngineDelegate

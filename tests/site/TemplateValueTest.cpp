@@ -10,13 +10,15 @@
 #include <cmath>
 #include <limits>
 
-namespace {
+namespace
+{
 
 MGTemplateValue fromJsonText(const char *json, QString *error = nullptr)
 {
     const QJsonDocument doc = QJsonDocument::fromJson(QByteArray("{\"v\": ") + json + "}");
     EXPECT_TRUE(doc.isObject()) << json;
-    const std::optional<MGTemplateValue> v = MGTemplateValue::fromJson(doc.object().value(QLatin1String("v")), error);
+    const std::optional<MGTemplateValue> v =
+        MGTemplateValue::fromJson(doc.object().value(QLatin1String("v")), error);
     return v ? *v : MGTemplateValue(QStringLiteral("<invalid>"));
 }
 
@@ -106,7 +108,8 @@ TEST(TemplateValue, ReadsJson)
 {
     EXPECT_EQ(fromJsonText(R"({"$date": "2020-01-02T03:04:05Z"})"),
               MGTemplateValue(MGTemplateValue::Date{1577934245000}));
-    EXPECT_EQ(fromJsonText(R"({"$color": "#ff000080"})"), MGTemplateValue(MGTemplateValue::Colour{1, 0, 0, 128 / 255.0}));
+    EXPECT_EQ(fromJsonText(R"({"$color": "#ff000080"})"),
+              MGTemplateValue(MGTemplateValue::Colour{1, 0, 0, 128 / 255.0}));
     EXPECT_EQ(fromJsonText("12"), MGTemplateValue::integer(12));
     EXPECT_EQ(fromJsonText("12.5"), MGTemplateValue::number(12.5));
     EXPECT_EQ(fromJsonText("null"), MGTemplateValue());
@@ -116,9 +119,11 @@ TEST(TemplateValue, ReadsJson)
     EXPECT_EQ(map.map()->size(), 2);
 
     QString error;
-    EXPECT_EQ(fromJsonText(R"([{"$date": "yesterday"}])", &error), MGTemplateValue(QStringLiteral("<invalid>")));
+    EXPECT_EQ(fromJsonText(R"([{"$date": "yesterday"}])", &error),
+              MGTemplateValue(QStringLiteral("<invalid>")));
     EXPECT_EQ(error, QStringLiteral("\"yesterday\" is not an ISO 8601 date (as 2020-01-02T03:04:05Z)"));
-    EXPECT_EQ(fromJsonText(R"({"k": {"$color": "red"}})", &error), MGTemplateValue(QStringLiteral("<invalid>")));
+    EXPECT_EQ(fromJsonText(R"({"k": {"$color": "red"}})", &error),
+              MGTemplateValue(QStringLiteral("<invalid>")));
     EXPECT_EQ(error, QStringLiteral("\"red\" is not a colour (as #rrggbb or #rrggbbaa)"));
 }
 
