@@ -230,17 +230,6 @@ std::optional<MGTemplateValue::Colour> MGTemplateValue::colour() const
     return std::nullopt;
 }
 
-std::optional<double> MGTemplateValue::numberValue() const
-{
-    if (const qint64 *i = std::get_if<qint64>(&m_value))
-        return double(*i);
-    if (const double *d = std::get_if<double>(&m_value))
-        return *d;
-    if (const bool *b = std::get_if<bool>(&m_value))
-        return *b ? 1.0 : 0.0;
-    return std::nullopt;
-}
-
 std::optional<qint64> MGTemplateValue::storedInteger() const
 {
     if (const qint64 *i = std::get_if<qint64>(&m_value))

@@ -81,7 +81,6 @@ public:
     // Adds or replaces.
     void insert(const QString &key, MGTemplateValue value);
     bool remove(QStringView key);
-    void clear() { d.reset(); }
     void reserve(qsizetype size);
 
     const Entry *begin() const;
@@ -137,8 +136,6 @@ public:
     bool isNull() const { return m_value.index() == 0; }
     bool isText() const { return std::holds_alternative<QString>(m_value); }
     bool isNumber() const { return type() == Type::Number; }
-    bool isDate() const { return std::holds_alternative<Date>(m_value); }
-    bool isColour() const { return std::holds_alternative<Colour>(m_value); }
     bool isList() const { return std::holds_alternative<MGTemplateList>(m_value); }
     bool isMap() const { return std::holds_alternative<MGTemplateMap>(m_value); }
     // Lists and maps, the values printed as JSON.
@@ -153,8 +150,6 @@ public:
     std::optional<Date> date() const;
     std::optional<Colour> colour() const;
 
-    // Numbers and booleans read as a number; booleans are 1 and 0.
-    std::optional<double> numberValue() const;
     // An integer as stored, or a boolean as 1 or 0; nothing for other values.
     std::optional<qint64> storedInteger() const;
     // Numbers and booleans read as a truth value: anything but zero is true.
