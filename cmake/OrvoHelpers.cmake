@@ -32,6 +32,20 @@ function(orvo_add_glob_library name)
   orvo_add_library(${name} SOURCES ${sources} ${headers} PUBLIC_LIBS ${A_PUBLIC_LIBS} PRIVATE_LIBS ${A_PRIVATE_LIBS})
   if(A_AUTOMOC)
     set_target_properties(orvo_${name} PROPERTIES AUTOMOC ON)
+    # When the set of files changes (the glob re-runs CMake), moc must look at
+    # the new headers; its Ninja rule only notices changes to files it has
+    # already seen, so drop its time stamp to make it run again.
+    string(MD5 file_set "${sources};${headers}")
+    set(stamp ${CMAKE_CURRENT_BINARY_DIR}/orvo_${name}_fileset.md5)
+    if(EXISTS ${stamp})
+      file(READ ${stamp} previous)
+    else()
+      set(previous "")
+    endif()
+    if(NOT previous STREQUAL file_set)
+      file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/orvo_${name}_autogen/timestamp)
+      file(WRITE ${stamp} "${file_set}")
+    endif()
   endif()
 endfunction()
 
