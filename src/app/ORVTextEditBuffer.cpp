@@ -3,6 +3,8 @@
 #include <QPlainTextEdit>
 #include <QTextDocument>
 
+#include <algorithm>
+
 namespace {
 
 QString plainFromDocumentText(QString text)
@@ -10,6 +12,30 @@ QString plainFromDocumentText(QString text)
     // A document separates its blocks with U+2029; the editor's text uses "\n".
     text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
     return text;
+}
+
+// The text as a document stores it once inserted, in the mirror's terms: a
+// text cursor turns "\r\n", a lone "\r", U+2029 and the frame marks U+FDD0
+// and U+FDD1 into one block separator each, which the mirror spells "\n".
+// Without this the mirror would keep the caller's spelling and drift from
+// the document by one unit per "\r\n".
+QString asDocumentStoresIt(const QString &text)
+{
+    const auto special = [](QChar ch) {
+        return ch == QLatin1Char('\r') || ch == QChar::ParagraphSeparator || ch.unicode() == 0xFDD0 ||
+               ch.unicode() == 0xFDD1;
+    };
+    if (std::none_of(text.cbegin(), text.cend(), special))
+        return text;
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar ch = text.at(i);
+        if (ch == QLatin1Char('\r') && i + 1 < text.size() && text.at(i + 1) == QLatin1Char('\n'))
+            continue; // the "\n" that follows stands for both
+        out.append(special(ch) ? QChar(QLatin1Char('\n')) : ch);
+    }
+    return out;
 }
 
 } // namespace
@@ -70,7 +96,7 @@ ORVEditRange ORVTextEditBuffer::selectedRange() const
     return {lo, qAbs(c.anchor() - c.position())};
 }
 
-void ORVTextEditBuffer::setSelectedRange(ORVEditRange range)
+QTextCursor ORVTextEditBuffer::cursorSelecting(ORVEditRange range) const
 {
     const qsizetype size = m_mirror.size();
     const qsizetype loc = qBound<qsizetype>(0, range.location, size);
@@ -78,17 +104,17 @@ void ORVTextEditBuffer::setSelectedRange(ORVEditRange range)
     QTextCursor c(m_edit->document());
     c.setPosition(int(loc));
     c.setPosition(int(end), QTextCursor::KeepAnchor);
-    m_edit->setTextCursor(c);
+    return c;
 }
 
-void ORVTextEditBuffer::replaceCharactersInRange(ORVEditRange range, const QString &text)
+void ORVTextEditBuffer::setSelectedRange(ORVEditRange range) { m_edit->setTextCursor(cursorSelecting(range)); }
+
+void ORVTextEditBuffer::replaceCharactersInRange(ORVEditRange range, const QString &rawText)
 {
-    const qsizetype size = m_mirror.size();
-    const qsizetype loc = qBound<qsizetype>(0, range.location, size);
-    const qsizetype end = qBound<qsizetype>(loc, range.location + qMax<qsizetype>(0, range.length), size);
-    QTextCursor c(m_edit->document());
-    c.setPosition(int(loc));
-    c.setPosition(int(end), QTextCursor::KeepAnchor);
+    const QString text = asDocumentStoresIt(rawText);
+    QTextCursor c = cursorSelecting(range);
+    const qsizetype loc = c.selectionStart();
+    const qsizetype end = c.selectionEnd();
     ++m_ownEdits;
     if (m_groupDepth == 0)
         c.beginEditBlock();
@@ -96,8 +122,13 @@ void ORVTextEditBuffer::replaceCharactersInRange(ORVEditRange range, const QStri
     if (m_groupDepth == 0)
         c.endEditBlock();
     --m_ownEdits;
-    m_mirror.replace(loc, end - loc, text);
     m_edit->setTextCursor(c);
+    if (m_mirror.size() - (end - loc) + text.size() != m_edit->document()->characterCount() - 1) {
+        // The document took the text otherwise than foreseen: read it back.
+        resync();
+        return;
+    }
+    m_mirror.replace(loc, end - loc, text);
     emit textEdited(loc, end - loc, text);
 }
 

@@ -21,6 +21,9 @@ class QPlainTextEdit;
 // ignores the document's later report of them; edits made by anyone else
 // (typing, undo) come from the document's reports.
 //
+// Inserted text is stored as the document stores it: "\r\n", "\r" and
+// U+2029 become "\n", in the mirror and in textEdited alike.
+//
 // The widget is not owned and must outlive the buffer. Thread: the main
 // thread.
 class ORVTextEditBuffer : public QObject, public ORVTextBuffer
@@ -51,6 +54,8 @@ signals:
 private:
     void documentContentsChange(int from, int charsRemoved, int charsAdded);
     void resync();
+    // A cursor over `range`, clamped to the text.
+    QTextCursor cursorSelecting(ORVEditRange range) const;
 
     QPlainTextEdit *m_edit;
     QMetaObject::Connection m_connection;

@@ -84,6 +84,39 @@ TEST(EditorView, TypingRunsTheCommandsAndUndoesInSteps)
     EXPECT_EQ(view.textBuffer().resyncCount(), 0) << "every edit was followed without rebuilding the text";
 }
 
+TEST(EditorView, InsertedLineEndsKeepTextAndStorageInStep)
+{
+    App a;
+    ORVDocument doc(&a.app);
+    doc.textStorage()->setString(QStringLiteral("start\nend"));
+    ORVMDTextView view;
+    view.show();
+    view.bindDocument(&doc);
+    const int resyncsOfLoading = view.textBuffer().resyncCount();
+    QTextCursor c = view.textCursor();
+    c.setPosition(5);
+    view.setTextCursor(c);
+    // Text from outside (a dialog, the clipboard of another system) with
+    // every spelling of a line end, alone and inside a grouped command.
+    view.commands().orv_insertTextToCurrentSelectRange(QStringLiteral("\r\na\rb\u2029c\r\n"));
+    const QString expected = QStringLiteral("start\na\nb\nc\n\nend");
+    EXPECT_EQ(view.markdownText(), expected);
+    EXPECT_EQ(view.toPlainText(), expected);
+    EXPECT_EQ(doc.textStorage()->string(), expected);
+    EXPECT_EQ(view.textBuffer().selectedRange(), ORVEditRange(12, 0)) << "the caret follows the stored text";
+
+    view.textBuffer().beginUndoGrouping();
+    view.textBuffer().replaceCharactersInRange({0, 5}, QStringLiteral("x\r\ny"));
+    view.textBuffer().replaceCharactersInRange({0, 0}, QStringLiteral("> "));
+    view.textBuffer().endUndoGrouping();
+    EXPECT_EQ(view.markdownText(), QStringLiteral("> x\ny\na\nb\nc\n\nend"));
+    EXPECT_EQ(doc.textStorage()->string(), view.markdownText());
+    view.undo();
+    EXPECT_EQ(view.markdownText(), expected);
+    EXPECT_EQ(doc.textStorage()->string(), expected);
+    EXPECT_EQ(view.textBuffer().resyncCount(), resyncsOfLoading) << "no edit needed the text read back";
+}
+
 TEST(EditorView, ShortcutsAndListKeys)
 {
     ORVMDTextView view;
