@@ -2,7 +2,7 @@
 #include "cli/CliLibraryLists.h"
 #include "core/ORVNotificationCenter.h"
 #include "library/ORVSearchController.h"
-#include "library/document_extensions.h"
+#include "library/supportedDocumentExt.h"
 
 #include <QEventLoop>
 
@@ -50,19 +50,20 @@ int runSearch(Context &ctx)
             folders << QFileInfo(folder).absoluteFilePath();
         }
         const QVariantMap result = awaitResult(search, [&] {
-            search.queryWithExternalURLs(folders, query, orvoFolderDocumentExtensions());
+            search.queryWithExternalURLs(folders, query, supportedDocumentExt());
         });
-        const auto hits = result.value(QStringLiteral("data")).value<QList<ORVSearchExternalHit>>();
+        const auto hits = result.value(QStringLiteral("data")).value<ORVSearchExternalHits>();
         if (json) {
             QJsonArray list;
-            for (const ORVSearchExternalHit &hit : hits)
-                list.append(QJsonObject{{QStringLiteral("path"), hit.path},
-                                        {QStringLiteral("title"), hit.title},
-                                        {QStringLiteral("snippet"), hit.content}});
+            for (const ORVExternalListDataItem::Ptr &hit : hits) {
+                QJsonObject o = hit->toJson();
+                o.insert(QStringLiteral("snippet"), o.take(QStringLiteral("content")));
+                list.append(o);
+            }
             printJson(ctx, list);
         } else {
-            for (const ORVSearchExternalHit &hit : hits)
-                ctx.out() << hit.path << '\n';
+            for (const ORVExternalListDataItem::Ptr &hit : hits)
+                ctx.out() << hit->realPath << '\n';
         }
         return Success;
     }
