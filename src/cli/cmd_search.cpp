@@ -113,5 +113,7 @@ ORVO_CLI_COMMAND({"search", "find library documents, or files in folders, by the
                   "then looks at the file name. It prints the files found.\n"
                   "\n"
                   "With --json each library result has the fields of 'orvo doc list --json'\n"
-                  "and snippet; each file result path, title and snippet.",
+                  "and snippet; each file result realPath, fileName, title (the file\n"
+                  "name without extension), snippet, creationDate, modificationDate\n"
+                  "and fileSize.",
                   &runSearch});
