@@ -2,7 +2,7 @@
 #include "cli/CliLibraryLists.h"
 #include "core/ORVNotificationCenter.h"
 #include "library/ORVSearchController.h"
-#include "library/document_extensions.h"
+#include "library/supportedDocumentExt.h"
 
 #include <QEventLoop>
 
@@ -50,19 +50,20 @@ int runSearch(Context &ctx)
             folders << QFileInfo(folder).absoluteFilePath();
         }
         const QVariantMap result = awaitResult(search, [&] {
-            search.queryWithExternalURLs(folders, query, orvoFolderDocumentExtensions());
+            search.queryWithExternalURLs(folders, query, supportedDocumentExt());
         });
-        const auto hits = result.value(QStringLiteral("data")).value<QList<ORVSearchExternalHit>>();
+        const auto hits = result.value(QStringLiteral("data")).value<ORVSearchExternalHits>();
         if (json) {
             QJsonArray list;
-            for (const ORVSearchExternalHit &hit : hits)
-                list.append(QJsonObject{{QStringLiteral("path"), hit.path},
-                                        {QStringLiteral("title"), hit.title},
-                                        {QStringLiteral("snippet"), hit.content}});
+            for (const ORVExternalListDataItem::Ptr &hit : hits) {
+                QJsonObject o = hit->toJson();
+                o.insert(QStringLiteral("snippet"), o.take(QStringLiteral("content")));
+                list.append(o);
+            }
             printJson(ctx, list);
         } else {
-            for (const ORVSearchExternalHit &hit : hits)
-                ctx.out() << hit.path << '\n';
+            for (const ORVExternalListDataItem::Ptr &hit : hits)
+                ctx.out() << hit->realPath << '\n';
         }
         return Success;
     }
@@ -112,5 +113,7 @@ ORVO_CLI_COMMAND({"search", "find library documents, or files in folders, by the
                   "then looks at the file name. It prints the files found.\n"
                   "\n"
                   "With --json each library result has the fields of 'orvo doc list --json'\n"
-                  "and snippet; each file result path, title and snippet.",
+                  "and snippet; each file result realPath, fileName, title (the file\n"
+                  "name without extension), snippet, creationDate, modificationDate\n"
+                  "and fileSize.",
                   &runSearch});

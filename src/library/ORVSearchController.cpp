@@ -435,7 +435,7 @@ void ORVSearchController::queryWithExternalURLs(const QStringList &paths, const 
     m_searchTimeInterval = start;
     const QStringList highlight = m_searchHighlightArr;
     if (m_keys.searchKeyArr.isEmpty() && m_keys.searchTitleArr.isEmpty()) {
-        postResult(QStringLiteral("ext"), QVariant::fromValue(QList<ORVSearchExternalHit>()), true, start, highlight,
+        postResult(QStringLiteral("ext"), QVariant::fromValue(ORVSearchExternalHits()), true, start, highlight,
                    searchString);
         return;
     }
@@ -445,7 +445,7 @@ void ORVSearchController::queryWithExternalURLs(const QStringList &paths, const 
     const ORVSearchKeys keys = m_keys;
     m_pool.start([this, paths, extensions, keys, highlight, searchString, start] {
         QSet<QString> seen;
-        QList<ORVSearchExternalHit> hits;
+        ORVSearchExternalHits hits;
         const auto report = [&](bool isOK) {
             QMetaObject::invokeMethod(
                 this,
@@ -459,19 +459,20 @@ void ORVSearchController::queryWithExternalURLs(const QStringList &paths, const 
                 if (seen.contains(file))
                     continue;
                 seen.insert(file);
-                ORVSearchExternalHit hit;
-                hit.path = file;
+                QString snippet;
                 if (!keys.searchTitleArr.isEmpty()) {
                     if (!checkStringHasKeysWithString(QFileInfo(file).fileName(), keys.searchTitleArr))
                         continue;
                     if (keys.searchKeyArr.isEmpty()) {
-                        hit.title = documentTitleAndSummaryWithFile(file).title;
-                        hits << hit;
+                        hits << ORVExternalListDataItem::initNoContentWithRealPath(file);
                         continue;
                     }
                 }
-                if (checkFileHasKeyAndHighlightWithFileURL(file, keys.searchKeyArr, &hit.content, &hit.title))
+                if (checkFileHasKeyAndHighlightWithFileURL(file, keys.searchKeyArr, &snippet, nullptr)) {
+                    ORVExternalListDataItem::Ptr hit = ORVExternalListDataItem::initNoContentWithRealPath(file);
+                    hit->content = snippet;
                     hits << hit;
+                }
             }
             report(false);
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "library/ORVExternalListDataItem.h"
 #include "library/ORVLibraryListDataItem.h"
 
 #include <QMetaType>
@@ -18,20 +19,17 @@ class ORVDBManager;
 inline const QString kORVSearchControllerDidUpdateInfoUINotification =
     QStringLiteral("kORVSearchControllerDidUpdateInfoUINotification");
 // Results: "type" ("lib" or "ext"), "data" (QList<ORVLibraryListDataItem>
-// for "lib", QList<ORVSearchExternalHit> for "ext"), "isOK" (true when the
+// for "lib", ORVSearchExternalHits for "ext"), "isOK" (true when the
 // search finished, false for a partial result), "keys" (the highlight
 // list) and "searchString".
 inline const QString kORVSearchControllerDidUpdateResultNotification =
     QStringLiteral("kORVSearchControllerDidUpdateResultNotification");
 
-// One file an external search found.
-struct ORVSearchExternalHit {
-    QString path;    // absolute
-    QString title;   // the first paragraph of the file, mark removed
-    QString content; // the snippet ("" for a hit by name alone)
-};
-Q_DECLARE_METATYPE(ORVSearchExternalHit)
-Q_DECLARE_METATYPE(QList<ORVSearchExternalHit>)
+// The rows of an external search: one per file found, as the folder's list
+// shows it (title the file name), with the snippet as `content` ("" for a
+// hit by name alone).
+using ORVSearchExternalHits = QList<ORVExternalListDataItem::Ptr>;
+Q_DECLARE_METATYPE(ORVSearchExternalHits)
 
 // The key lists of one query.
 struct ORVSearchKeys {

@@ -1,7 +1,7 @@
 #include "library/ORVUnReferenceImagesScanner.h"
 
-#include "library/document_extensions.h"
 #include "library/search_text.h"
+#include "library/supportedDocumentExt.h"
 #include "library/text_file.h"
 #include "platform/ORVSystemTrash.h"
 
@@ -34,7 +34,7 @@ QList<ORVLibraryMediaItem> ORVUnReferenceImagesScanner::scanFolder(const QString
     while (it.hasNext()) {
         const QFileInfo fi(it.next());
         const QString ext = fi.suffix().toLower();
-        if (orvoFolderDocumentExtensions().contains(ext))
+        if (supportedDocumentExt().contains(ext))
             documents << fi.absoluteFilePath();
         else if (imageExtensions().contains(ext))
             images << fi;

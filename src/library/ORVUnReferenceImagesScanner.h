@@ -14,7 +14,7 @@
 // percent-encoded as in a link, stands anywhere in a document's text,
 // ignoring case: a name merely mentioned counts, and two images of one name
 // in different folders protect each other. Documents are the files with an
-// extension of orvoFolderDocumentExtensions; images those of imageExtensions.
+// extension of supportedDocumentExt(); images those of imageExtensions.
 // Hidden files and folders are left out.
 //
 // Thread: any; scanFolder reads only and may run on a worker.

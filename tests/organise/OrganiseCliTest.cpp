@@ -164,6 +164,10 @@ TEST_F(OrganiseCli, DocumentsMoveBetweenCategoriesAndTagsAndAreFoundBySearch)
 
     const QJsonArray inFolder = json({"search", "--folder", home.path(), "big", "dog"}).toArray();
     ASSERT_EQ(inFolder.size(), 2); // extra.md, and its copy inside the library's docs
+    for (const QJsonValue &hit : inFolder) {
+        EXPECT_TRUE(hit.toObject().value("realPath").toString().startsWith(home.path()));
+        EXPECT_FALSE(hit.toObject().value("snippet").toString().isEmpty());
+    }
     EXPECT_EQ(orvo({"doc", "link", doc}).out.trimmed(), "[Big cat notes](orvolib://" + doc + ")");
 
     ASSERT_EQ(orvo({"tag", "delete", "pets"}).code, 0);

@@ -4,7 +4,7 @@
 
 #include "core/ORVNotificationCenter.h"
 #include "library/ORVSearchController.h"
-#include "library/document_extensions.h"
+#include "library/supportedDocumentExt.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -201,20 +201,20 @@ TEST_F(Search, FoldersAreWalkedByExtensionWithPartialResults)
 
     const QStringList paths{folder, a, dir.filePath(QStringLiteral("missing"))};
     const QList<QVariantMap> results =
-        run([&] { search.queryWithExternalURLs(paths, QStringLiteral("big cat"), orvoFolderDocumentExtensions()); });
+        run([&] { search.queryWithExternalURLs(paths, QStringLiteral("big cat"), supportedDocumentExt()); });
     ASSERT_EQ(results.size(), 4); // one partial result per path, then the final one
     EXPECT_FALSE(results.first().value(QStringLiteral("isOK")).toBool());
     EXPECT_EQ(results.first().value(QStringLiteral("type")).toString(), QStringLiteral("ext"));
-    const auto hits = results.last().value(QStringLiteral("data")).value<QList<ORVSearchExternalHit>>();
+    const auto hits = results.last().value(QStringLiteral("data")).value<ORVSearchExternalHits>();
     QStringList found;
-    for (const ORVSearchExternalHit &hit : hits)
-        found << QDir(folder).relativeFilePath(hit.path);
+    for (const ORVExternalListDataItem::Ptr &hit : hits)
+        found << QDir(folder).relativeFilePath(hit->realPath);
     found.sort();
     EXPECT_EQ(found, QStringList({"a.md", "d.rst", "latin1.txt", "sub/b.MARKDOWN"}));
-    for (const ORVSearchExternalHit &hit : hits)
-        if (hit.path == a) {
-            EXPECT_EQ(hit.title, QStringLiteral("A"));
-            EXPECT_FALSE(hit.content.isEmpty());
+    for (const ORVExternalListDataItem::Ptr &hit : hits)
+        if (hit->realPath == a) {
+            EXPECT_EQ(hit->title(), QStringLiteral("a")); // a folder's rows are named after their files
+            EXPECT_FALSE(hit->content.isEmpty());
         }
 
     // The same query again does nothing at all.
@@ -222,18 +222,18 @@ TEST_F(Search, FoldersAreWalkedByExtensionWithPartialResults)
     QObject context;
     ORVNotificationCenter::defaultCenter()->addObserver(kORVSearchControllerDidUpdateResultNotification, &context,
                                                         [&](const ORVNotification &) { ++posted; });
-    search.queryWithExternalURLs(paths, QStringLiteral("big cat"), orvoFolderDocumentExtensions());
+    search.queryWithExternalURLs(paths, QStringLiteral("big cat"), supportedDocumentExt());
     QCoreApplication::processEvents();
     EXPECT_EQ(posted, 0);
 
     // By file name alone: no content read, no snippet.
-    const auto byName = run([&] { search.queryWithExternalURLs({folder}, QStringLiteral("-h b."), orvoFolderDocumentExtensions()); });
-    const auto named = byName.last().value(QStringLiteral("data")).value<QList<ORVSearchExternalHit>>();
+    const auto byName = run([&] { search.queryWithExternalURLs({folder}, QStringLiteral("-h b."), supportedDocumentExt()); });
+    const auto named = byName.last().value(QStringLiteral("data")).value<ORVSearchExternalHits>();
     ASSERT_EQ(named.size(), 1);
-    EXPECT_TRUE(named.first().path.endsWith(QStringLiteral("b.MARKDOWN")));
-    EXPECT_TRUE(named.first().content.isEmpty());
+    EXPECT_TRUE(named.first()->realPath.endsWith(QStringLiteral("b.MARKDOWN")));
+    EXPECT_TRUE(named.first()->content.isEmpty());
     // Tags and categories mean nothing in folders: finished at once, empty.
-    const auto none = run([&] { search.queryWithExternalURLs({folder}, QStringLiteral("-t x"), orvoFolderDocumentExtensions()); });
+    const auto none = run([&] { search.queryWithExternalURLs({folder}, QStringLiteral("-t x"), supportedDocumentExt()); });
     ASSERT_EQ(none.size(), 1);
-    EXPECT_TRUE(none.first().value(QStringLiteral("data")).value<QList<ORVSearchExternalHit>>().isEmpty());
+    EXPECT_TRUE(none.first().value(QStringLiteral("data")).value<ORVSearchExternalHits>().isEmpty());
 }
