@@ -154,3 +154,21 @@ void ORVEditorArea::storeAllTextViewStates()
     for (ORVEditorTab *tab : editorTabs())
         tab->storeTextViewState();
 }
+
+bool ORVEditorArea::saveAllDocumentsTellingUser(bool quiet, QStringList *errors)
+{
+    QStringList failures;
+    const bool ok = saveAllDocuments(&failures);
+    if (errors)
+        *errors << failures;
+    if (!ok && !quiet)
+        QMessageBox::warning(window(), tr("Error:"),
+                             tr("These documents could not be saved:\n%1").arg(failures.join(QLatin1Char('\n'))));
+    return ok;
+}
+
+void ORVEditorArea::checkFilesOnDisk()
+{
+    for (ORVEditorTab *tab : editorTabs())
+        tab->checkFileOnDisk();
+}

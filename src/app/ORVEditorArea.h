@@ -35,6 +35,12 @@ public:
     // Saves every tab with unsaved changes. False when one failed; the
     // messages are "<file>: <reason>".
     bool saveAllDocuments(QStringList *errors = nullptr);
+    // The same, telling the user what failed unless `quiet` (the window's
+    // own save all and close).
+    bool saveAllDocumentsTellingUser(bool quiet, QStringList *errors);
+    // Every tab looks at its file (the window came to the front: another
+    // program may have changed them meanwhile).
+    void checkFilesOnDisk();
     bool hasUnsavedDocuments() const;
 
     void setPaneModeOfAllTabs(ORVEditorPaneMode mode);

@@ -460,11 +460,11 @@ void ORVExternalWindow::searchResultsArrived(const QVariantMap &info)
 {
     if (!m_showingSearch || info.value(QStringLiteral("type")).toString() != QLatin1String("ext"))
         return;
-    const auto hits = info.value(QStringLiteral("data")).value<QList<ORVSearchExternalHit>>();
-    QList<ORVExternalListModel::Row> rows;
-    for (const ORVSearchExternalHit &hit : hits)
-        rows << ORVExternalListModel::Row{hit.path, hit.title.isEmpty() ? QFileInfo(hit.path).completeBaseName() : hit.title,
-                                          hit.content, QDir::toNativeSeparators(QFileInfo(hit.path).absolutePath())};
+    const auto hits = info.value(QStringLiteral("data")).value<ORVSearchExternalHits>();
+    QList<ORVExternalListModel::Row> rows = ORVExternalListModel::rowsWithItems(hits);
+    // The place of a hit says more than its date in a search over folders.
+    for (ORVExternalListModel::Row &row : rows)
+        row.dateLine = QDir::toNativeSeparators(QFileInfo(row.path).absolutePath());
     m_listDelegate->setHighlightKeys(info.value(QStringLiteral("keys")).toStringList());
     m_listModel->setRows(rows);
     const bool done = info.value(QStringLiteral("isOK")).toBool();
@@ -473,14 +473,7 @@ void ORVExternalWindow::searchResultsArrived(const QVariantMap &info)
 
 bool ORVExternalWindow::saveAllDocuments(bool quiet, QStringList *errors)
 {
-    QStringList failures;
-    const bool ok = m_editorArea->saveAllDocuments(&failures);
-    if (errors)
-        *errors << failures;
-    if (!ok && !quiet)
-        QMessageBox::warning(this, tr("Error:"),
-                             tr("These documents could not be saved:\n%1").arg(failures.join(QLatin1Char('\n'))));
-    return ok;
+    return m_editorArea->saveAllDocumentsTellingUser(quiet, errors);
 }
 
 QVariantMap ORVExternalWindow::theWindowStates() const
@@ -560,6 +553,5 @@ void ORVExternalWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        for (ORVEditorTab *tab : m_editorArea->editorTabs())
-            tab->checkFileOnDisk();
+        m_editorArea->checkFilesOnDisk();
 }

@@ -147,7 +147,6 @@ void ORVLibraryWindow::buildViews()
     m_listView->setMouseTracking(true);
     m_listView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_listView->setContextMenuPolicy(Qt::CustomContextMenu);
-    m_listView->setUniformItemSizes(false);
     m_listView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_emptyList = new QLabel(tr("No Documents"), m_listView->viewport());
     m_emptyList->setAlignment(Qt::AlignCenter);
@@ -217,6 +216,11 @@ void ORVLibraryWindow::buildViews()
     });
     connect(m_list.get(), &ORVLibraryListController::listContentDidChange, this, [this] {
         const ORVEditorTab *tab = m_editorArea->currentEditorTab();
+        // Without group rows every row has one height: the view then sizes
+        // one row instead of asking for each of thousands.
+        const bool grouped = std::any_of(m_list->listContent.cbegin(), m_list->listContent.cend(),
+                                         [](const ORVLibraryListDataItem &row) { return row.isGroup; });
+        m_listView->setUniformItemSizes(!grouped);
         m_listModel->reload();
         m_listDelegate->setHighlightKeys(m_list->searchHighlightKeys);
         m_emptyList->setVisible(m_listModel->rowCount() == 0);
@@ -679,14 +683,7 @@ void ORVLibraryWindow::searchResultsArrived(const QVariantMap &info)
 
 bool ORVLibraryWindow::saveAllDocuments(bool quiet, QStringList *errors)
 {
-    QStringList failures;
-    const bool ok = m_editorArea->saveAllDocuments(&failures);
-    if (errors)
-        *errors << failures;
-    if (!ok && !quiet)
-        QMessageBox::warning(this, tr("Error:"),
-                             tr("These documents could not be saved:\n%1").arg(failures.join(QLatin1Char('\n'))));
-    return ok;
+    return m_editorArea->saveAllDocumentsTellingUser(quiet, errors);
 }
 
 void ORVLibraryWindow::doReloadTheLibraryCatTreeAndDocsListData()
@@ -734,6 +731,5 @@ void ORVLibraryWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        for (ORVEditorTab *tab : m_editorArea->editorTabs())
-            tab->checkFileOnDisk();
+        m_editorArea->checkFilesOnDisk();
 }

@@ -29,6 +29,10 @@
 
 namespace {
 
+// How long a screenshot waits after the list is filled, for the preview's
+// web page to load and draw.
+constexpr int kScreenshotSettleMs = 2500;
+
 struct Options {
     QString library;
     QString screenshot;
@@ -188,6 +192,14 @@ int main(int argc, char **argv)
                 any->repaint();
             const qint64 firstWindowMs = sinceStart.elapsed();
             const qint64 readyEpochMs = QDateTime::currentMSecsSinceEpoch();
+            if (!options.screenshot.isEmpty() && any && !options.startupReport) {
+                // A picture alone waits for the preview's page to draw.
+                QTimer::singleShot(kScreenshotSettleMs, any, [any, path = options.screenshot] {
+                    any->grab().save(path, "PNG");
+                    QApplication::exit(0);
+                });
+                return;
+            }
             if (!options.screenshot.isEmpty() && any)
                 any->grab().save(options.screenshot, "PNG");
             if (options.startupReport) {
