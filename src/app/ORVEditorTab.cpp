@@ -15,6 +15,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QResizeEvent>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QTextBlock>
@@ -212,14 +213,23 @@ void ORVEditorTab::setPaneMode(ORVEditorPaneMode mode)
     if (mode != ORVEditorPaneMode::EditorOnly) {
         ensurePreview();
         schedulePreview();
-        // A preview made after the splitter was laid out starts with no
-        // width: the two panes share the area.
-        const QList<int> sizes = m_splitter->sizes();
-        if (mode == ORVEditorPaneMode::EditorAndPreview && sizes.size() == 2 && (sizes[0] == 0 || sizes[1] == 0)) {
-            const int total = std::max(sizes[0] + sizes[1], 2);
-            m_splitter->setSizes({total / 2, total - total / 2});
-        }
+        m_splitSet = false;
+        if (width() > 0)
+            resizeEvent(nullptr);
     }
+}
+
+void ORVEditorTab::resizeEvent(QResizeEvent *event)
+{
+    if (event)
+        QWidget::resizeEvent(event);
+    // The first time both panes show at a real width they share it; the
+    // user's own division (or a restored one) is kept after that.
+    if (m_splitSet || m_mode != ORVEditorPaneMode::EditorAndPreview || m_splitter->width() < 100)
+        return;
+    const int total = m_splitter->width() - m_splitter->handleWidth();
+    m_splitter->setSizes({total / 2, total - total / 2});
+    m_splitSet = true;
 }
 
 QVariantMap ORVEditorTab::editorAreaState() const
@@ -237,8 +247,10 @@ void ORVEditorTab::setEditorAreaState(const QVariantMap &state)
     if (ok && mode >= 0 && mode <= 2)
         setPaneMode(ORVEditorPaneMode(mode));
     const QVariantList sizes = state.value(QStringLiteral("sizes")).toList();
-    if (sizes.size() == 2 && sizes[0].toInt() > 0 && sizes[1].toInt() > 0)
+    if (sizes.size() == 2 && sizes[0].toInt() > 0 && sizes[1].toInt() > 0) {
         m_splitter->setSizes({sizes[0].toInt(), sizes[1].toInt()});
+        m_splitSet = true;
+    }
 }
 
 void ORVEditorTab::schedulePreview()

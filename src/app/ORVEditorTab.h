@@ -85,6 +85,9 @@ signals:
     // An application link (orvolib://) was followed.
     void applicationLinkActivated(const QUrl &url);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     void ensurePreview();
     void schedulePreview();
@@ -107,6 +110,7 @@ private:
     QSplitter *m_splitter = nullptr;
     QWidget *m_previewHolder = nullptr;
     ORVEditorPaneMode m_mode = ORVEditorPaneMode::EditorAndPreview;
+    bool m_splitSet = false; // the panes were given their widths once
     QTimer m_previewTimer;
     QTimer m_scrollSyncTimer;
 

@@ -1,7 +1,26 @@
 #include "app/ORVSidebarTreeView.h"
 
 #include <QPainter>
+#include <QProxyStyle>
 #include <QStyleOption>
+
+namespace {
+
+// The selection colour stays off the indentation column.
+class SidebarStyle : public QProxyStyle
+{
+public:
+    using QProxyStyle::QProxyStyle;
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *returnData) const override
+    {
+        if (hint == SH_ItemView_ShowDecorationSelected)
+            return 0;
+        return QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+};
+
+} // namespace
 
 ORVSidebarTreeView::ORVSidebarTreeView(QWidget *parent) : QTreeView(parent)
 {
@@ -10,6 +29,9 @@ ORVSidebarTreeView::ORVSidebarTreeView(QWidget *parent) : QTreeView(parent)
     setHeaderHidden(true);
     setIndentation(14);
     setUniformRowHeights(true);
+    auto *sidebarStyle = new SidebarStyle(style()->name());
+    sidebarStyle->setParent(this);
+    setStyle(sidebarStyle);
 }
 
 void ORVSidebarTreeView::drawBranches(QPainter *painter, const QRect &rect, const QModelIndex &index) const
