@@ -127,9 +127,10 @@ struct hoedown_document;
 
 // A parser over a copy of `renderer` (the table is copied; the opaque data it
 // points to must outlive the document). `extensions` is a word of
-// hoedown_extensions bits; `max_nesting` (above 0) bounds how many elements
-// may be open inside each other, and the parser also keeps its own bound so
-// that no input can exhaust the call stack. Never returns null.
+// hoedown_extensions bits; `max_nesting` (above 0) bounds how many work
+// buffers, one per open element, may be in use. The parser also keeps its
+// own bound (128) and writes text past it as plain text, so that no input can
+// exhaust the call stack. Never returns null.
 hoedown_document *hoedown_document_new(const hoedown_renderer *renderer, unsigned int extensions,
                                        size_t max_nesting);
 

@@ -173,10 +173,16 @@ namespace {
 
 // Whether an element with this slot needs its inline text parsed. Without a
 // slot the element is dropped, and its text matters only when it may hold the
-// first use of a footnote, which numbers the footnotes.
-inline bool needs_inline(const hoedown_document *doc, const void *slot)
+// first use of a footnote ("[^"), which numbers the footnotes.
+bool needs_inline(const hoedown_document *doc, const void *slot, const uint8_t *data, size_t size)
 {
-    return slot != nullptr || doc->fn_found.size != 0;
+    if (slot || !doc->fn_found.size)
+        return slot != nullptr;
+    for (const uint8_t *p = data; (p = hoedown_find_byte(p, size_t(data + size - p), '[')) != nullptr; ++p) {
+        if (p + 1 < data + size && p[1] == '^')
+            return true;
+    }
+    return false;
 }
 
 size_t trim_trailing_newlines(const uint8_t *data, size_t size)
@@ -202,7 +208,7 @@ size_t parse_atxheader(hoedown_buffer *ob, hoedown_document *doc, uint8_t *data,
         --e;
     while (e > i && data[e - 1] == ' ')
         --e;
-    if (e > i && needs_inline(doc, reinterpret_cast<const void *>(doc->md.header))) {
+    if (e > i && needs_inline(doc, reinterpret_cast<const void *>(doc->md.header), data + i, e - i)) {
         hoedown_buffer *work = newbuf(doc, BUFFER_SPAN);
         parse_inline(work, doc, data + i, e - i);
         if (doc->md.header)
@@ -637,7 +643,7 @@ void render_row(hoedown_buffer *ob, hoedown_document *doc, const uint8_t *line, 
     split_row(doc, line, size);
     hoedown_buffer *row = newbuf(doc, BUFFER_SPAN);
     const size_t ncells = doc->table_cells.size / 2;
-    const bool parse = needs_inline(doc, reinterpret_cast<const void *>(doc->md.table_cell));
+    const bool parse = needs_inline(doc, reinterpret_cast<const void *>(doc->md.table_cell), line, size);
     for (size_t col = 0; col < columns; ++col) {
         hoedown_buffer *cell = newbuf(doc, BUFFER_SPAN);
         if (col < ncells && parse) {
@@ -646,8 +652,6 @@ void render_row(hoedown_buffer *ob, hoedown_document *doc, const uint8_t *line, 
                 ++b;
             while (e > b && line[e - 1] == ' ')
                 --e;
-            // Cells are parsed one after the other, so the cell positions
-            // survive the nested parse only if read before it.
             parse_inline(cell, doc, line + b, e - b);
         }
         if (doc->md.table_cell)
@@ -803,7 +807,7 @@ size_t parse_listitem(hoedown_buffer *ob, hoedown_document *doc, uint8_t *data, 
         }
     } else {
         const size_t inline_size = split ? sublist : csize;
-        if (needs_inline(doc, reinterpret_cast<const void *>(doc->md.list_item)))
+        if (needs_inline(doc, reinterpret_cast<const void *>(doc->md.list_item), content, inline_size))
             parse_inline(inter, doc, content, inline_size);
         if (split)
             parse_block(inter, doc, content + sublist, csize - sublist);
@@ -859,7 +863,7 @@ bool interrupts_paragraph(const hoedown_document *doc, const uint8_t *line, size
 void render_paragraph(hoedown_buffer *ob, hoedown_document *doc, const uint8_t *data, size_t size)
 {
     size = trim_trailing_newlines(data, size);
-    if (!needs_inline(doc, reinterpret_cast<const void *>(doc->md.paragraph)))
+    if (!needs_inline(doc, reinterpret_cast<const void *>(doc->md.paragraph), data, size))
         return;
     hoedown_buffer *tmp = newbuf(doc, BUFFER_BLOCK);
     parse_inline(tmp, doc, data, size);
@@ -901,7 +905,7 @@ size_t parse_paragraph(hoedown_buffer *ob, hoedown_document *doc, uint8_t *data,
         ++hb;
     while (he > hb && data[he - 1] == ' ')
         --he;
-    if (he > hb && needs_inline(doc, reinterpret_cast<const void *>(doc->md.header))) {
+    if (he > hb && needs_inline(doc, reinterpret_cast<const void *>(doc->md.header), data + hb, he - hb)) {
         hoedown_buffer *work = newbuf(doc, BUFFER_SPAN);
         parse_inline(work, doc, data + hb, he - hb);
         if (doc->md.header)

@@ -9,6 +9,7 @@
 #include <QStringEncoder>
 
 #include <atomic>
+#include <utility>
 #include <cstdint>
 #include <cstring>
 
@@ -42,10 +43,13 @@ QString fromBuffer(const hoedown_buffer *buf)
 {
     if (!buf->size)
         return QString();
-    // Read as a NUL-terminated string: a NUL in the text ends the result.
-    const void *nul = memchr(buf->data, 0, buf->size);
-    const size_t n = nul ? size_t(static_cast<const uint8_t *>(nul) - buf->data) : buf->size;
-    return QString::fromUtf8(reinterpret_cast<const char *>(buf->data), qsizetype(n));
+    QString html = QString::fromUtf8(reinterpret_cast<const char *>(buf->data), qsizetype(buf->size));
+    // A NUL byte in the text would end the fragment wherever it is read as a
+    // C string (web views, exporters), silently dropping the rest of the
+    // document: it is shown as the replacement character instead.
+    if (memchr(buf->data, 0, buf->size))
+        html.replace(QChar(0), QChar(QChar::ReplacementCharacter));
+    return html;
 }
 
 // Whether the bytes hold "[TOC]" in any case, which every splice needs.
@@ -249,17 +253,17 @@ QString MarkdownWrap::markdownToHtml(const QString &markdown, const Options &opt
         copyInfo(state->flags, options.info);
     hoedown_html_renderer_free(renderer);
 
-    QString html;
+    hoedown_buffer *body = ob;
     if (options.smartypants && type != ORVRenderTypeTableOnly) {
         // The text is spent: its memory takes the replacement's output.
         text->size = 0;
         hoedown_html_smartypants(text, ob->data, ob->size);
-        html = fromBuffer(text);
-    } else {
-        html = fromBuffer(ob);
+        std::swap(body, text);
     }
-    hoedown_buffer_free(ob);
+    // Only the body is left to read: the rest goes before the string is made.
     hoedown_buffer_free(text);
+    QString html = fromBuffer(body);
+    hoedown_buffer_free(body);
 
     if (splice) {
         if (type == ORVRenderTypeEvernote)
