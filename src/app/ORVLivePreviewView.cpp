@@ -18,6 +18,11 @@ QString previewScriptSource()
     return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
+// Closes each block of the body in the page ("<!--orvo-block:N-->", N
+// counting the blocks sent together), so that the page script finds the
+// blocks again without comparing their markup.
+QString blockMark(qsizetype number) { return QStringLiteral("<!--orvo-block:%1-->").arg(number); }
+
 QUrl folderUrl(const QString &folder)
 {
     QString path = folder;
@@ -108,6 +113,7 @@ void ORVLivePreviewView::shellLoaded(bool)
         return;
     m_shellLoading = false;
     m_current = ORVPreviewPage{};
+    m_blocksInPage = false;
     pushBody();
 }
 
@@ -123,12 +129,46 @@ void ORVLivePreviewView::pushBody()
     m_waiting.reset();
     m_pushing = true;
     const bool restore = m_current.generation == 0 && m_savedScroll > 0;
-    const QString body = QString::fromUtf8(QJsonDocument(QJsonArray{page.body}).toJson(QJsonDocument::Compact));
-    QString js = QStringLiteral("orvoPreview.update(%1[0])").arg(body);
-    if (restore)
-        js += QStringLiteral(";orvoPreview.restoreScroll(%1)").arg(m_savedScroll);
-    m_page->runJavaScript(js, [this, page](const QVariant &) {
+
+    // Blocks the page shows already, at the start and at the end.
+    const QStringList &was = m_current.blocks;
+    const QStringList &now = page.blocks;
+    bool partial = m_blocksInPage && m_current.generation != 0;
+    qsizetype head = 0;
+    qsizetype tail = 0;
+    if (partial) {
+        while (head < was.size() && head < now.size() && was.at(head) == now.at(head))
+            ++head;
+        while (tail < was.size() - head && tail < now.size() - head &&
+               was.at(was.size() - 1 - tail) == now.at(now.size() - 1 - tail))
+            ++tail;
+        // New blocks go into the page parsed on their own: one that opens or
+        // closes an element of its neighbours must be parsed with them.
+        for (qsizetype i = head; partial && i < now.size() - tail; ++i)
+            partial = ORVPreviewPage::isBalanced(now.at(i));
+    }
+    const auto marked = [](const QStringList &blocks, qsizetype from, qsizetype to) {
+        QString html;
+        qsizetype size = 0;
+        for (qsizetype i = from; i < to; ++i)
+            size += blocks.at(i).size() + 24;
+        html.reserve(size);
+        for (qsizetype i = from; i < to; ++i) {
+            html += blocks.at(i);
+            html += blockMark(i - from);
+        }
+        return QString::fromUtf8(QJsonDocument(QJsonArray{html}).toJson(QJsonDocument::Compact));
+    };
+    const QString whole = QStringLiteral("orvoPreview.replaceAll(%1[0], %2)").arg(marked(now, 0, now.size())).arg(now.size());
+    // The call's answer, with the reader's place put back first when the shell is new.
+    const auto withScroll = [restore, y = m_savedScroll](const QString &call) {
+        return restore ? QStringLiteral("(function(){var r=%1;orvoPreview.restoreScroll(%2);return r;})()").arg(call).arg(y)
+                       : call;
+    };
+
+    const auto finish = [this, page](bool blocksInPage) {
         m_pushing = false;
+        m_blocksInPage = blocksInPage;
         m_current = page;
         if (const auto t = m_requestTimes.find(page.generation); t != m_requestTimes.end())
             m_lastUpdateMs = double(m_clock.elapsed() - t.value());
@@ -138,6 +178,27 @@ void ORVLivePreviewView::pushBody()
         emit previewUpdated(page.generation);
         if (m_waiting)
             pushBody();
+    };
+    const auto pushWhole = [this, whole = withScroll(whole), finish] {
+        m_page->runJavaScript(whole, [finish](const QVariant &r) { finish(r.toInt() >= 0); });
+    };
+    if (!partial) {
+        pushWhole();
+        return;
+    }
+    const QString js = QStringLiteral("orvoPreview.updateBlocks(%1, %2, %3, %4[0], %5)")
+                           .arg(head)
+                           .arg(tail)
+                           .arg(was.size())
+                           .arg(marked(now, head, now.size() - tail))
+                           .arg(now.size() - head - tail);
+    m_page->runJavaScript(withScroll(js), [this, finish, pushWhole](const QVariant &r) {
+        if (r.toInt() < 0) {
+            pushWhole(); // the page lost track of its blocks
+        } else {
+            ++m_partialUpdates;
+            finish(true);
+        }
     });
 }
 

@@ -55,6 +55,8 @@ public:
     double lastUpdateMilliseconds() const { return m_lastUpdateMs; }
     // Shell loads so far (the first included).
     int shellLoadCount() const { return m_shellLoads; }
+    // Updates that replaced only the blocks that changed, so far.
+    int partialUpdateCount() const { return m_partialUpdates; }
 
 signals:
     // The page shows the text of the request `generation`.
@@ -72,6 +74,7 @@ private:
     QString m_loadedShell;
     bool m_shellLoading = false;
     bool m_pushing = false;
+    bool m_blocksInPage = false; // the page keeps m_current's blocks apart: updates may be partial
     double m_savedScroll = 0;
     std::optional<ORVPreviewPage> m_waiting; // rendered, not yet in the page
     ORVPreviewPage m_current;
@@ -80,4 +83,5 @@ private:
     QElapsedTimer m_clock;
     double m_lastUpdateMs = 0;
     int m_shellLoads = 0;
+    int m_partialUpdates = 0;
 };

@@ -5,6 +5,7 @@
 #include <QFutureWatcher>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -24,11 +25,21 @@ struct ORVPreviewPage {
     QString page;
     QString shell;
     QString body;
+    // The body cut into its top-level blocks (joined, they are the body), so
+    // that an update sends only the blocks that changed.
+    QStringList blocks;
     quint64 generation = 0;   // which request it answers; later requests have larger numbers
     double renderMilliseconds = 0;
 
     // Splits an assembled page; nullopt if it is not one of page assembly's.
     static std::optional<ORVPreviewPage> split(const QString &page);
+    // Cuts HTML after each line end that stands outside every element, and
+    // after blank lines (which end raw HTML in Markdown) outside <pre>,
+    // scripts and styles. Joined, the blocks are `html`.
+    static QStringList topLevelBlocks(const QString &html);
+    // Whether `html` closes every element it opens and no other: a block
+    // that does not can only be shown as part of the whole body.
+    static bool isBalanced(const QString &html);
 };
 
 // Renders preview pages off the main thread. At most one render runs; a

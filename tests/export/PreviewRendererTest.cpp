@@ -35,3 +35,37 @@ TEST(PreviewRenderer, SplitsPagesAndCoalescesBursts)
     EXPECT_EQ(last.generation, generations.last());
     EXPECT_TRUE(last.body.contains(QStringLiteral("Heading 19")));
 }
+
+TEST(PreviewRenderer, CutsBodiesIntoBlocksThePageCanReplaceAlone)
+{
+    struct Case {
+        const char *name;
+        QString html;
+        QStringList blocks;
+    };
+    const QList<Case> cases = {
+        {"one block per line at the top", QStringLiteral("<h1>A</h1>\n<p>b\nc</p>\n"),
+         {QStringLiteral("<h1>A</h1>\n"), QStringLiteral("<p>b\nc</p>\n")}},
+        {"nested lists stay whole", QStringLiteral("<ul>\n<li>a\n<ul>\n<li>b</li>\n</ul></li>\n</ul>\n<p>x</p>"),
+         {QStringLiteral("<ul>\n<li>a\n<ul>\n<li>b</li>\n</ul></li>\n</ul>\n"), QStringLiteral("<p>x</p>")}},
+        {"blank lines inside code are code",
+         QStringLiteral("<pre><code>a\n\n<b>\n\nc</code></pre>\n"), {QStringLiteral("<pre><code>a\n\n<b>\n\nc</code></pre>\n")}},
+        {"script text is not markup", QStringLiteral("<script>if (a<b) '</p>\n'</script>\n<p>x</p>\n"),
+         {QStringLiteral("<script>if (a<b) '</p>\n'</script>\n"), QStringLiteral("<p>x</p>\n")}},
+        {"void elements, quoted \">\" and comments",
+         QStringLiteral("<p><img alt=\"a>b\"><br>x<!-- <div>\n --></p>\n<hr>\n"),
+         {QStringLiteral("<p><img alt=\"a>b\"><br>x<!-- <div>\n --></p>\n"), QStringLiteral("<hr>\n")}},
+        {"an element left open ends at a blank line", QStringLiteral("<i32> text\n\n<p>a</p>\n<p>b</p>\n"),
+         {QStringLiteral("<i32> text\n\n"), QStringLiteral("<p>a</p>\n"), QStringLiteral("<p>b</p>\n")}},
+    };
+    for (const Case &c : cases) {
+        const QStringList blocks = ORVPreviewPage::topLevelBlocks(c.html);
+        EXPECT_EQ(blocks, c.blocks) << c.name;
+        EXPECT_EQ(blocks.join(QString()), c.html) << c.name << ": nothing is lost or doubled";
+    }
+
+    EXPECT_TRUE(ORVPreviewPage::isBalanced(QStringLiteral("<p>a<br><em>b</em></p>\n")));
+    EXPECT_FALSE(ORVPreviewPage::isBalanced(QStringLiteral("<div>\n"))) << "opens what a later block closes";
+    EXPECT_FALSE(ORVPreviewPage::isBalanced(QStringLiteral("</div>\n<p>a</p>\n"))) << "closes an earlier block's element";
+    EXPECT_FALSE(ORVPreviewPage::isBalanced(QStringLiteral("<i32> text\n\n")));
+}

@@ -106,6 +106,18 @@ TEST(LivePreview, PushesBodiesIntoOneShellAndKeepsThePlace)
     EXPECT_EQ(runJavaScript(view.page(), QStringLiteral("window.scrollY")).toInt(), 1500) << "the reader keeps their place";
     EXPECT_EQ(js(view, QStringLiteral("document.querySelector('h2').orvoMark")), QStringLiteral("kept"))
         << "blocks that did not change are not replaced";
+    EXPECT_EQ(view.partialUpdateCount(), 1);
+
+    // Raw HTML that opens an element around Markdown: the blocks inside it
+    // are replaced in place, and the page matches a page made whole.
+    const QString boxed = edited + QStringLiteral("\n\n<div class=\"box\">\n\nInside *one*\n\n</div>\n\nAfter\n");
+    ASSERT_TRUE(show(view, boxed));
+    const int partialBefore = view.partialUpdateCount();
+    ASSERT_TRUE(show(view, QString(boxed).replace(QStringLiteral("*one*"), QStringLiteral("*two*"))));
+    EXPECT_EQ(js(view, QStringLiteral("document.querySelector('.box em').textContent")), QStringLiteral("two"));
+    EXPECT_EQ(js(view, QStringLiteral("document.querySelectorAll('.box em').length + ' ' + document.querySelector('.box').nextElementSibling.textContent")),
+              QStringLiteral("1 After"));
+    EXPECT_EQ(view.partialUpdateCount(), partialBefore + 1) << "the edit inside the box went in alone";
 
     // Many quick edits coalesce; the page ends with the newest.
     for (int i = 0; i < 30; ++i)

@@ -1,18 +1,29 @@
 /* The live preview's side of the page. The page shell is loaded once; the
-   editor then hands each new body to orvoPreview.update(), which replaces
-   only the top-level blocks that changed and runs code colouring, diagrams
-   and math on those alone, so the reader keeps their place and a long
-   document updates quickly. Injected into every preview page before its
-   own scripts run. */
+   editor then sends the body as top-level blocks, each followed by a block
+   mark (an HTML comment). After the first, whole body, an update names how
+   many blocks stayed the same at the start and at the end and carries only
+   the blocks between: those alone are replaced and get code colouring,
+   diagrams and math, so the reader keeps their place and a long document
+   updates quickly. Injected into every preview page before its own scripts
+   run. */
 (function () {
     if (window.orvoPreview) { return; }
-    var keys = null; /* the source HTML of each top-level node of the body */
+    var MARK = "orvo-block:";
+    var marks = null; /* the mark closing each block in the body, or null when they cannot be trusted */
 
     function wrap() { return document.getElementById("markdown-body-wrap"); }
-    function keyOf(node) {
-        if (node.nodeType === 1) { return node.outerHTML; }
-        if (node.nodeType === 3) { return "#" + node.data; }
-        return "";
+    /* The block marks under `root` by number: mark k closes block k.
+       Markup that swallows marks (an unclosed attribute, a stray comment)
+       leaves holes; the blocks around a hole can only be replaced whole. */
+    function marksIn(root, count) {
+        var out = new Array(count), it = document.createNodeIterator(root, NodeFilter.SHOW_COMMENT), n;
+        while ((n = it.nextNode())) {
+            if (n.data.lastIndexOf(MARK, 0) === 0) {
+                var k = parseInt(n.data.slice(MARK.length), 10);
+                if (k >= 0 && k < count) { out[k] = n; }
+            }
+        }
+        return out;
     }
     function decorate(root) {
         if (window.orvoChartDraw) { try { window.orvoChartDraw(root); } catch (e) { } }
@@ -38,34 +49,51 @@
     }, true);
 
     window.orvoPreview = {
-        /* Puts `html` in the body; answers how many top-level nodes were replaced. */
-        update: function (html) {
+        /* Puts the whole body in: `html` holds `count` blocks. Answers the
+           number of blocks. */
+        replaceAll: function (html, count) {
             var w = wrap();
             if (!w) { return -1; }
+            w.innerHTML = html;
+            marks = marksIn(w, count);
+            decorate(w);
+            return count;
+        },
+        /* Keeps `head` blocks at the start and `tail` at the end of the
+           `oldCount` shown, and puts the `count` blocks of `html` between.
+           The blocks replaced must be siblings (an element left open by
+           raw HTML holds the blocks after it, which is fine). Answers how
+           many blocks were put in, or -1 when the page cannot take this
+           update in part (the caller then sends the whole body). */
+        updateBlocks: function (head, tail, oldCount, html, count) {
+            var w = wrap();
+            if (!w || marks === null || marks.length !== oldCount || head + tail > oldCount) { return -1; }
             var t = document.createElement("template");
             t.innerHTML = html;
-            var fresh = Array.prototype.slice.call(t.content.childNodes);
-            var freshKeys = fresh.map(keyOf);
-            if (keys === null || keys.length !== w.childNodes.length) {
-                while (w.firstChild) { w.removeChild(w.firstChild); }
-                for (var i = 0; i < fresh.length; i++) { w.appendChild(fresh[i]); }
-                keys = freshKeys;
-                decorate(w);
-                return fresh.length;
+            var fresh = marksIn(t.content, count);
+            var from = head > 0 ? marks[head - 1] : null;
+            var last = oldCount - tail - 1 >= head ? marks[oldCount - tail - 1] : null;
+            var parent = from ? from.parentNode : w;
+            if ((head > 0 && !from) || (oldCount - tail - 1 >= head && !last)) { return -1; }
+            if (!parent || (parent !== w && !w.contains(parent)) || (last && last.parentNode !== parent)) { return -1; }
+            if (parent !== w && parent.closest && parent.closest("pre")) { return -1; }
+            var start = from ? from.nextSibling : parent.firstChild;
+            var before = last ? last.nextSibling : start;
+            if (last) {
+                for (var n = start; n;) {
+                    var next = n.nextSibling;
+                    parent.removeChild(n);
+                    if (n === last) { break; }
+                    n = next;
+                }
             }
-            var old = keys.length, n = freshKeys.length, p = 0, s = 0;
-            while (p < old && p < n && keys[p] === freshKeys[p]) { p++; }
-            while (s < old - p && s < n - p && keys[old - 1 - s] === freshKeys[n - 1 - s]) { s++; }
-            var before = w.childNodes[old - s] || null;
-            for (var r = old - s - 1; r >= p; r--) { w.removeChild(w.childNodes[r]); }
-            var added = fresh.slice(p, n - s);
-            for (var a = 0; a < added.length; a++) { w.insertBefore(added[a], before); }
-            keys = freshKeys;
+            var added = Array.prototype.slice.call(t.content.childNodes);
+            parent.insertBefore(t.content, before);
+            marks = marks.slice(0, head).concat(fresh, marks.slice(oldCount - tail));
             for (var d = 0; d < added.length; d++) {
                 if (added[d].nodeType === 1) { decorate(added[d]); }
             }
-            if (w.childNodes.length !== keys.length) { keys = null; } /* someone else moved nodes */
-            return added.length;
+            return count;
         },
         /* Scrolls to section `index` (-1: before the first heading), `fraction`
            of the way into it; by `documentFraction` of the whole when the
@@ -84,6 +112,7 @@
         },
         scrollPosition: function () { return window.scrollY; },
         restoreScroll: function (y) { window.scrollTo(0, y); },
-        bodyHTML: function () { var w = wrap(); return w ? w.innerHTML : ""; }
+        /* The body as shown, without the block marks. */
+        bodyHTML: function () { var w = wrap(); return w ? w.innerHTML.replace(/<!--orvo-block:\d+-->/g, "") : ""; }
     };
 })();
