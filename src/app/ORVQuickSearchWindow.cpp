@@ -58,7 +58,7 @@ ORVQuickSearchWindow::ORVQuickSearchWindow(ORVAppShell *shell, AppDelegate *app,
             [this](QListWidgetItem *item) { openRow(m_results->row(item)); });
     ORVNotificationCenter::defaultCenter()->addObserver(
         kORVSearchControllerDidUpdateResultNotification, this, [this](const ORVNotification &n) {
-            if (n.sender != m_search.get() || m_field->text().trimmed().isEmpty())
+            if (n.sender != m_search.get() || m_query.isEmpty())
                 return;
             const auto rows = n.userInfo.value(QStringLiteral("data")).value<QList<ORVLibraryListDataItem>>();
             m_results->clear();
@@ -82,6 +82,7 @@ ORVQuickSearchWindow::~ORVQuickSearchWindow() = default;
 void ORVQuickSearchWindow::popUp()
 {
     m_field->clear();
+    m_query.clear();
     showRecentDocuments();
     if (const QScreen *screen = QGuiApplication::primaryScreen()) {
         const QRect area = screen->availableGeometry();
@@ -131,7 +132,8 @@ void ORVQuickSearchWindow::showRecentDocuments()
 void ORVQuickSearchWindow::searchNow(const QString &text)
 {
     m_timer->stop();
-    if (text.trimmed().isEmpty()) {
+    m_query = text.trimmed();
+    if (m_query.isEmpty()) {
         m_search->stopQuery();
         showRecentDocuments();
         return;

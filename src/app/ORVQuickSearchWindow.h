@@ -49,4 +49,5 @@ private:
     QListWidget *m_results;
     QTimer *m_timer;
     std::unique_ptr<ORVSearchController> m_search;
+    QString m_query; // the search shown; "" while the recent documents show
 };
