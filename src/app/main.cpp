@@ -27,6 +27,8 @@
 
 #include <cstdio>
 
+#include <unistd.h>
+
 namespace {
 
 // How long a screenshot waits after the list is filled, for the preview's
@@ -112,6 +114,10 @@ int main(int argc, char **argv)
 {
     QElapsedTimer sinceStart;
     sinceStart.start();
+    // The preview's Chromium refuses to start sandboxed as root and would
+    // take the whole app down; root gets the preview without the sandbox.
+    if (::geteuid() == 0 && !qEnvironmentVariableIsSet("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     ORVAppPaths::initApplicationIdentity();
     QApplication app(argc, argv);
     ORVAppPaths::initApplicationIdentity();
