@@ -5,7 +5,10 @@
 
 #include "app/ORVEditorArea.h"
 #include "app/ORVEditorTab.h"
+#include "app/ORVEditorWindow.h"
+#include "app/ORVLivePreviewView.h"
 #include "app/ORVMDTextView.h"
+#include "core/AppDelegate.h"
 #include "highlight/HGMarkdownHighlighter.h"
 #include "support/TestEnv.h"
 
@@ -67,4 +70,20 @@ TEST(EditorLayoutTest, OpenedDocumentShowsItsFirstLineAtTheTop)
     ORVEditorTab *second = area->openDocument(other, true);
     ASSERT_TRUE(waitFor([&] { return !second->textView()->highlighter()->docOutline().isEmpty(); }));
     expectShowsTheFirstLine(second->textView());
+}
+
+TEST(EditorLayoutTest, EditorWindowSharesItsWidthBetweenTextAndPreview)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("draft.md"));
+    orvotest::writeFile(path, longDocument());
+    ORVEditorWindow window(AppDelegate::sharedDelegate(), path);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    ASSERT_TRUE(waitFor([&] { return window.previewView()->isIdle(); }));
+    const int text = window.textView()->parentWidget()->width();
+    const int preview = window.previewView()->width();
+    EXPECT_GT(preview, window.width() / 3);
+    EXPECT_LE(std::abs(text - preview), 12) << text << " against " << preview;
+    expectShowsTheFirstLine(window.textView());
 }
