@@ -66,8 +66,8 @@ int main(int argc, char **argv)
     int count = 0;
     for (const QString &platform : QDir(pages).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
         const qint64 cat = insertCat(platform, site, ORVCatType::SubCategory);
-        for (const QFileInfo &fi : QDir(pages + QLatin1Char('/') + platform).entryInfoList({QStringLiteral("*.md")},
-                                                                                         QDir::Files, QDir::Name)) {
+        for (const QFileInfo &fi : QDir(pages + QLatin1Char('/') + platform).entryInfoList(
+                 {QStringLiteral("*.md")}, QDir::Files | QDir::Hidden, QDir::Name)) { // "..md" is a page, too
             ORVDBArticle art;
             art.setUuid(++uuid);
             art.setState(ORVDBArticle::StateNormal);

@@ -1,5 +1,6 @@
 #include "site/ORVSiteBuilder.h"
 
+#include "core/MyPreferences.h"
 #include "core/ORVAppPaths.h"
 #include "library/ORVDBManager.h"
 #include "library/document_title.h"
@@ -60,16 +61,18 @@ public:
     DateFormatter(const DateFormatter &) = delete;
     DateFormatter &operator=(const DateFormatter &) = delete;
 
-    QString format(const QDateTime &date) const
+    // Milliseconds since 1970 (QDateTime in local time would consult the
+    // time zone file at every step).
+    QString format(qint64 msecs) const
     {
         if (!m_format)
-            return date.toString(Qt::ISODate);
+            return QDateTime::fromMSecsSinceEpoch(msecs, Qt::UTC).toString(Qt::ISODate);
         UChar buffer[128];
         UErrorCode status = U_ZERO_ERROR;
         const int32_t length =
-            udat_format(m_format, UDate(date.toMSecsSinceEpoch()), buffer, 128, nullptr, &status);
+            udat_format(m_format, UDate(msecs), buffer, 128, nullptr, &status);
         if (U_FAILURE(status) || length > 128)
-            return date.toString(Qt::ISODate);
+            return QDateTime::fromMSecsSinceEpoch(msecs, Qt::UTC).toString(Qt::ISODate);
         return QString(reinterpret_cast<const QChar *>(buffer), length);
     }
 
@@ -77,26 +80,32 @@ private:
     UDateFormat *m_format = nullptr;
 };
 
-// Runs body(i) for i in [0, n) on the machine's cores, the calling thread
-// among them, and returns when all are done.
+// How many threads a build uses: the machine's cores.
+qsizetype workerCount()
+{
+    return std::max(1u, std::thread::hardware_concurrency());
+}
+
+// Runs body(worker, i) for i in [0, n) on up to workerCount() threads, the
+// calling thread being worker 0, and returns when all are done. Each worker
+// index is used by one thread at a time.
 template <typename Body>
 void parallelFor(qsizetype n, Body body)
 {
-    const qsizetype threads =
-        std::min<qsizetype>(std::max(1u, std::thread::hardware_concurrency()), std::max<qsizetype>(1, n / 16));
+    const qsizetype threads = std::min(workerCount(), std::max<qsizetype>(1, n / 4));
     std::atomic<qsizetype> next{0};
-    const auto work = [&] {
+    const auto work = [&](qsizetype worker) {
         for (;;) {
             const qsizetype i = next.fetch_add(1, std::memory_order_relaxed);
             if (i >= n)
                 return;
-            body(i);
+            body(worker, i);
         }
     };
     std::vector<std::thread> pool;
     for (qsizetype t = 1; t < threads; ++t)
-        pool.emplace_back(work);
-    work();
+        pool.emplace_back(work, t);
+    work(0);
     for (std::thread &t : pool)
         t.join();
 }
@@ -145,12 +154,52 @@ QString jsonText(const QJsonValue &v)
 
 } // namespace
 
+// The date formats of one build, made once: opening an ICU formatter costs
+// more than formatting thousands of dates.
+struct ORVSiteBuilder::Formatters {
+    explicit Formatters(const QString &siteFormat)
+        : site(siteFormat), gtm(kGTMPattern), year(QStringLiteral("yyyy")), month(QStringLiteral("MMM")),
+          day(QStringLiteral("dd"))
+    {
+    }
+    DateFormatter site, gtm, year, month, day;
+};
+
+// An engine of a worker thread, with the errors of the page it runs now.
+struct ORVSiteBuilder::WorkerEngine : MGTemplateEngineDelegate {
+    WorkerEngine() : engine(MGTemplateEngine::templateEngine())
+    {
+        engine->setDelegate(this);
+        engine->setMatcher(std::make_unique<ICUTemplateMatcher>(engine.get()));
+        engine->loadFilter(std::make_shared<ORVSiteTemplateFilters>());
+    }
+    void templateEngineEncounteredErrorIsContinuing(MGTemplateEngine *, const MGTemplateError &error, bool) override
+    {
+        sink->append(error);
+    }
+    std::unique_ptr<MGTemplateEngine> engine;
+    QList<MGTemplateError> *sink = nullptr;
+};
+
+// One page to expand on a worker and write.
+struct ORVSiteBuilder::PageJob {
+    QString templateString;
+    QString templateName;
+    MGTemplateMap vars;
+    QString fileName;
+    std::optional<QString> output;
+    QList<MGTemplateError> errors;
+};
+
 // One post or page of the site, with what its file and its render gave.
 struct ORVSiteBuilder::Item {
     ORVDBArticle art;
     QList<qint64> catUUIDs;
     QStringList tags;
     QString title;
+    // The dates in milliseconds; a stored value below 1001 reads as the
+    // build's start.
+    qint64 artMs = 0, addMs = 0, modifMs = 0;
     bool hasFile = false;
     QString source; // the whole document; dropped once rendered
     QString html;
@@ -182,9 +231,8 @@ ORVSiteBuilder::ORVSiteBuilder(std::shared_ptr<ORVDBManager> dbManager, QString 
     m_valid = true;
 
     // 1. The last build's date, now when never built.
-    m_lastBuildDate = m_dbCat.siteLastBuildDate() > 1000
-                          ? QDateTime::fromSecsSinceEpoch(m_dbCat.siteLastBuildDate())
-                          : QDateTime::currentDateTime();
+    m_lastBuildDate = m_dbCat.siteLastBuildDate() > 1000 ? m_dbCat.siteLastBuildDate() * 1000
+                                                         : QDateTime::currentMSecsSinceEpoch();
     // 2, 3. Theme and its options.
     m_skinURL = ORVSiteTheme::themePathForSkinName(m_dbCat.siteSkinName());
     m_theme = ORVSiteTheme(m_skinURL);
@@ -433,30 +481,90 @@ std::optional<QString> ORVSiteBuilder::expand(const QString &templateString, con
     std::optional<QString> out = m_engine->processTemplateWithVariables(templateString, vars);
     if (m_errorArray.size() == before)
         return out;
-    // Name the theme file that holds the fault: the page is header, body,
+    if (before == 0)
+        blameFirstError(templateString, vars);
+    return std::nullopt;
+}
+
+void ORVSiteBuilder::blameFirstError(const QString &templateString, const MGTemplateMap &vars)
+{
+    // Name the theme file that holds the fault: a page is header, body,
     // sidebar and footer joined, and the engine doesn't say where it was.
-    if (before == 0) {
-        const int code = m_errorArray.first().error.code;
-        const std::pair<QString, QString> parts[] = {
-            {QStringLiteral("header.html"), m_templateHeaderString},
-            {QStringLiteral("sidebar.html"), m_templateSidebarString},
-            {QStringLiteral("footer.html"), m_templateFooterString}};
-        if (templateString.size() > m_templateHeaderString.size() &&
-            templateString.startsWith(m_templateHeaderString)) {
-            m_isBlaming = true;
-            for (const auto &[name, text] : parts) {
-                m_blameCodes.clear();
-                m_engine->processTemplateWithVariables(text, vars);
-                if (m_blameCodes.contains(code)) {
-                    for (BuildError &e : m_errorArray)
-                        e.templateName = name;
-                    break;
-                }
-            }
-            m_isBlaming = false;
+    if (m_errorArray.isEmpty() || templateString.size() <= m_templateHeaderString.size() ||
+        !templateString.startsWith(m_templateHeaderString))
+        return;
+    const int code = m_errorArray.first().error.code;
+    const std::pair<QString, QString> parts[] = {{QStringLiteral("header.html"), m_templateHeaderString},
+                                                 {QStringLiteral("sidebar.html"), m_templateSidebarString},
+                                                 {QStringLiteral("footer.html"), m_templateFooterString}};
+    m_isBlaming = true;
+    for (const auto &[name, text] : parts) {
+        m_blameCodes.clear();
+        m_engine->processTemplateWithVariables(text, vars);
+        if (m_blameCodes.contains(code)) {
+            for (BuildError &e : m_errorArray)
+                e.templateName = name;
+            break;
         }
     }
-    return std::nullopt;
+    m_isBlaming = false;
+}
+
+void ORVSiteBuilder::enqueuePage(const QString &templateString, const QString &templateName, MGTemplateMap vars,
+                                 const QString &fileName)
+{
+    m_jobs.push_back(PageJob{templateString, templateName, std::move(vars), fileName, std::nullopt, {}});
+    // Enough pages for every worker to keep busy, few enough to hold little
+    // output in memory at once.
+    if (m_jobs.size() >= 256)
+        flushPages();
+}
+
+void ORVSiteBuilder::flushPages()
+{
+    if (m_jobs.empty())
+        return;
+    while (qsizetype(m_workers.size()) < workerCount())
+        m_workers.push_back(std::make_unique<WorkerEngine>());
+    parallelFor(qsizetype(m_jobs.size()), [this](qsizetype worker, qsizetype i) {
+        PageJob &job = m_jobs[size_t(i)];
+        WorkerEngine &w = *m_workers[size_t(worker)];
+        w.sink = &job.errors;
+        job.output = w.engine->processTemplateWithVariables(job.templateString, job.vars);
+    });
+    // The pages stand in build order: a page is written only when no page
+    // before it, in this build, reported an error.
+    qsizetype writable = m_errorArray.isEmpty() ? qsizetype(m_jobs.size()) : 0;
+    for (qsizetype i = 0; i < qsizetype(m_jobs.size()); ++i) {
+        const PageJob &job = m_jobs[size_t(i)];
+        if (job.errors.isEmpty())
+            continue;
+        const bool first = m_errorArray.isEmpty();
+        for (const MGTemplateError &e : job.errors)
+            m_errorArray.append(BuildError{e, job.templateName, job.fileName});
+        if (first)
+            blameFirstError(job.templateString, job.vars);
+        writable = std::min(writable, i);
+    }
+    m_writtenFiles += int(writable);
+    // Of two pages of one name (documents sharing a docName) the later wins,
+    // as it would written one after the other.
+    QSet<QString> later;
+    std::vector<bool> superseded(size_t(writable), false);
+    for (qsizetype i = writable - 1; i >= 0; --i) {
+        const QString &name = m_jobs[size_t(i)].fileName;
+        superseded[size_t(i)] = later.contains(name);
+        later.insert(name);
+    }
+    for (qsizetype i = 0; i < writable; ++i)
+        m_writtenNames.insert(m_jobs[size_t(i)].fileName);
+    parallelFor(writable, [this, &superseded](qsizetype, qsizetype i) {
+        const PageJob &job = m_jobs[size_t(i)];
+        if (superseded[size_t(i)])
+            return;
+        writeFileIfChanged(QDir(m_outputURL).filePath(job.fileName), job.output.value_or(QString()).toUtf8());
+    });
+    m_jobs.clear();
 }
 
 bool ORVSiteBuilder::expandAndWrite(const QString &templateString, const QString &templateName,
@@ -480,6 +588,7 @@ bool ORVSiteBuilder::writeOutputFile(const QString &fileName, const QString &tex
     if (!sitePathIsInside(m_outputURL, path))
         return false;
     ++m_writtenFiles;
+    m_writtenNames.insert(fileName);
     return writeFileIfChanged(path, text.toUtf8());
 }
 
@@ -493,7 +602,17 @@ void ORVSiteBuilder::renderAll()
     const QString docDir = m_markdownDocURL;
     const QHash<qint64, const Item *> &known = m_dicAllPostsAndPagesUUIDMap;
     const int textNum = m_dbCat.siteListTextNum() > 0 ? m_dbCat.siteListTextNum() : kDefaultListTextNum;
-    parallelFor(qsizetype(m_items.size()), [&](qsizetype i) {
+    // The preview's options, read once for the build rather than at every
+    // render.
+    MyPreferences *prefs = MyPreferences::sharedInstance();
+    MarkdownWrap::Options options;
+    options.smartypants = prefs->isSmartypants();
+    options.toc = prefs->isRenderTOC();
+    options.replaceTOC = options.toc;
+    options.newlineToBR = prefs->isTranslateNewlineToBRtags();
+    options.isMath = prefs->isEnableMath();
+    options.renderType = ORVRenderTypePlain;
+    parallelFor(qsizetype(m_items.size()), [&](qsizetype, qsizetype i) {
         Item &item = m_items[size_t(i)];
         const std::optional<QString> text =
             readSiteTextFile(QDir(docDir).filePath(QStringLiteral("%1.md").arg(item.art.uuid())));
@@ -514,7 +633,9 @@ void ORVSiteBuilder::renderAll()
         if (!source.isEmpty()) {
             const qsizetype cut = source.indexOf(QLatin1Char('\n'));
             const QString body = cut < 0 ? QString() : source.mid(cut);
-            item.html = MarkdownWrap::markdownToHtmlRenderTypeInfo(body, ORVRenderTypePlain, &item.info);
+            MarkdownWrap::Options o = options;
+            o.info = &item.info;
+            item.html = MarkdownWrap::markdownToHtml(body, o);
         }
         item.textOnly = stringByStrippingHTML(item.html).left(textNum);
     });
@@ -529,8 +650,8 @@ const MGTemplateMap &ORVSiteBuilder::setupPostDictionary(const Item &item)
     if (!item.hasFile)
         return kEmpty;
 
-    DateFormatter siteFormat(m_siteDateFormat);
-    DateFormatter gtm(kGTMPattern);
+    const DateFormatter &siteFormat = m_formatters->site;
+    const DateFormatter &gtm = m_formatters->gtm;
     MGTemplateMap dict = extensionValues(item.art.postExtValue());
     QString html = item.html;
     if (!m_dbCat.siteFavicon().isEmpty() && m_uploadedImagesReader)
@@ -550,9 +671,9 @@ const MGTemplateMap &ORVSiteBuilder::setupPostDictionary(const Item &item)
     dict.insert(QStringLiteral("desContent"), desContent);
     dict.insert(QStringLiteral("desContentTextOnly"), item.textOnly);
     dict.insert(QStringLiteral("content"), html);
-    dict.insert(QStringLiteral("date"), siteFormat.format(item.art.dateArtNSDate()));
-    dict.insert(QStringLiteral("dateGTM"), gtm.format(item.art.dateArtNSDate()));
-    dict.insert(QStringLiteral("artDate"), gtm.format(item.art.dateAddNSDate()));
+    dict.insert(QStringLiteral("date"), siteFormat.format(item.artMs));
+    dict.insert(QStringLiteral("dateGTM"), gtm.format(item.artMs));
+    dict.insert(QStringLiteral("artDate"), gtm.format(item.addMs));
     dict.insert(QStringLiteral("cats"), catsVars(item));
     dict.insert(QStringLiteral("tags"), tagsVars(item));
     dict.insert(QStringLiteral("url"), createPostURL(item.art, true));
@@ -656,7 +777,7 @@ MGTemplateMap ORVSiteBuilder::baseSiteInfoDictionary() const
     site.insert(QStringLiteral("seqAndFlowChartSupport"),
                 m_dbCat.isEnableChart() ? seqAndFlowChartSupportScript() : empty);
     site.insert(QStringLiteral("commentAndShareCode"), m_dbCat.siteShareCode());
-    site.insert(QStringLiteral("lastBuildDate"), DateFormatter(kGTMPattern).format(m_lastBuildDate));
+    site.insert(QStringLiteral("lastBuildDate"), m_formatters->gtm.format(m_lastBuildDate));
     site.insert(QStringLiteral("siteOther"), m_dbCat.siteOther());
     site.insert(QStringLiteral("recentPosts"), m_recentPostsArr);
     site.insert(QStringLiteral("categoriesTree"), m_categoriesTreeArr);
@@ -669,7 +790,7 @@ MGTemplateMap ORVSiteBuilder::baseSiteInfoDictionary() const
 
 // ---- The build
 
-void ORVSiteBuilder::clearOutputFolder()
+void ORVSiteBuilder::clearOutputFolder(bool pagesToo)
 {
     QDir dir(m_outputURL);
     const QFileInfoList entries =
@@ -677,8 +798,10 @@ void ORVSiteBuilder::clearOutputFolder()
     for (const QFileInfo &fi : entries) {
         const QString suffix = fi.suffix().toLower();
         const QString name = fi.fileName().toLower();
-        if (suffix != QLatin1String("xml") && suffix != QLatin1String("html") && name != QLatin1String("asset") &&
-            name != QLatin1String("media"))
+        const bool isPage = suffix == QLatin1String("xml") || suffix == QLatin1String("html");
+        const bool isAssetOrMedia = name == QLatin1String("asset") || name == QLatin1String("media");
+        const bool remove = pagesToo ? isPage && !m_writtenNames.contains(fi.fileName()) : isAssetOrMedia;
+        if (!remove)
             continue;
         if (fi.isDir() && !fi.isSymLink())
             QDir(fi.filePath()).removeRecursively();
@@ -691,6 +814,19 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
 {
     if (!m_valid)
         return false;
+    m_writtenNames.clear();
+    const bool result = build(type);
+    // A clearing build leaves no page of an earlier build: the pages and
+    // feeds this build didn't write go now. They were left in place until
+    // here so that a page written again with equal text is not deleted and
+    // made anew (on a large site, most of them).
+    if (m_isClearAndRebuildAll)
+        clearOutputFolder(true);
+    return result;
+}
+
+bool ORVSiteBuilder::build(int type)
+{
     m_writtenFiles = 0;
     m_copiedMedia = 0;
     m_warnings.clear();
@@ -698,6 +834,7 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
     m_isClearAndRebuildAll = type != 0;
     setupDefaultTemplateString();
     m_siteDateFormat = m_dbCat.siteDateFormat().isEmpty() ? kDefaultSiteDateFormat : m_dbCat.siteDateFormat();
+    m_formatters = std::make_unique<Formatters>(m_siteDateFormat);
     // 2, 3. A missing folder makes a clearing build.
     if (!QFileInfo(m_outputURL).isDir())
         m_isClearAndRebuildAll = true;
@@ -705,7 +842,7 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
         if (!QFileInfo::exists(m_outputURL))
             QDir().mkpath(m_outputURL);
         else
-            clearOutputFolder();
+            clearOutputFolder(false);
     }
     // 4. Media.
     QDir().mkpath(m_outputMediaURL);
@@ -736,12 +873,17 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
     const QHash<qint64, ORVDBManager::LinkRecord> tagsMap = m_dbManager->dicArticleTagsMaps();
     m_items.clear();
     m_items.reserve(size_t(arts.size()));
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
     for (int pass = 0; pass < 2; ++pass) {
         for (const ORVDBArticle &art : arts) {
             if ((art.type() == 1) != (pass == 1))
                 continue;
             Item item;
             item.art = art;
+            const auto ms = [now](qint64 stored) { return stored < 1001 ? now : stored * 1000; };
+            item.artMs = ms(art.dateArt());
+            item.addMs = ms(art.dateAdd());
+            item.modifMs = ms(art.dateModif());
             item.catUUIDs = catsMap.value(art.uuid()).uuids;
             item.tags = tagsMap.value(art.uuid()).names;
             m_items.push_back(std::move(item));
@@ -755,13 +897,13 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
 
     // 9. The posts in the site's order.
     const auto byAdd = [](const Item *a, const Item *b) {
-        return a->art.dateArtNSDate() < b->art.dateArtNSDate();
+        return a->artMs < b->artMs;
     };
     const auto byTitle = [](const Item *a, const Item *b) {
         return QString::compare(a->title, b->title, Qt::CaseInsensitive) < 0;
     };
     const auto byModif = [](const Item *a, const Item *b) {
-        return a->art.dateModifNSDate() < b->art.dateModifNSDate();
+        return a->modifMs < b->modifMs;
     };
     auto &posts = m_allArticlesPosts;
     switch (m_dbCat.sortType()) {
@@ -811,11 +953,13 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
         // 19. Posts, the lists of all posts and the tag pages.
         if (m_config.isCreateCategoriesPages)
             createCategoriesHTML(posts, nullptr, nullptr, true);
+        flushPages();
         if (m_config.isCreateTagsPages)
             createTagsPages();
         if (!m_config.isCreateCategoriesPages)
             for (const Item *item : posts)
                 createArtPageFile(*item);
+        flushPages();
         // 20. Archive.
         if (!writeArchive())
             return false;
@@ -830,6 +974,7 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
                 const auto tree = m_treeRecordByCat.constFind(cat.uuid());
                 createCategoriesHTML(*list, &cat, tree == m_treeRecordByCat.cend() ? nullptr : &*tree, false);
             }
+            flushPages();
         }
     } else {
         m_baseSite = baseSiteInfoDictionary();
@@ -841,7 +986,7 @@ bool ORVSiteBuilder::buildSiteWithType(int type)
     } else {
         QList<const Item *> changed, unchanged;
         for (const Item *page : std::as_const(m_pages)) {
-            if (page->art.dateModifNSDate() > m_lastBuildDate ||
+            if (page->modifMs > m_lastBuildDate ||
                 page->art.docName().compare(QLatin1String("index"), Qt::CaseInsensitive) == 0)
                 changed.append(page);
             else
@@ -876,20 +1021,20 @@ void ORVSiteBuilder::nameCategories()
 
 void ORVSiteBuilder::makeArchiveRecords()
 {
-    DateFormatter siteFormat(m_siteDateFormat);
-    DateFormatter gtm(kGTMPattern);
-    DateFormatter year(QStringLiteral("yyyy"));
-    DateFormatter month(QStringLiteral("MMM"));
-    DateFormatter day(QStringLiteral("dd"));
+    const DateFormatter &siteFormat = m_formatters->site;
+    const DateFormatter &gtm = m_formatters->gtm;
+    const DateFormatter &year = m_formatters->year;
+    const DateFormatter &month = m_formatters->month;
+    const DateFormatter &day = m_formatters->day;
     QList<const Item *> byDate = m_allArticlesPosts;
     std::stable_sort(byDate.begin(), byDate.end(), [](const Item *a, const Item *b) {
-        return a->art.dateArtNSDate() > b->art.dateArtNSDate();
+        return a->artMs > b->artMs;
     });
     QString previousYear;
     m_archivesArticlesDataArray = MGTemplateList();
     m_archivesArticlesDataArray.reserve(byDate.size());
     for (const Item *item : byDate) {
-        const QDateTime date = item->art.dateArtNSDate();
+        const qint64 date = item->artMs;
         MGTemplateMap r = extensionValues(item->art.postExtValue());
         const QString y = year.format(date);
         r.insert(QStringLiteral("year"), y == previousYear ? QString(QLatin1String("")) : y);
@@ -903,7 +1048,7 @@ void ORVSiteBuilder::makeArchiveRecords()
         r.insert(QStringLiteral("dateDay"), day.format(date));
         r.insert(QStringLiteral("dateYear"), y);
         r.insert(QStringLiteral("dateGTM"), gtm.format(date));
-        r.insert(QStringLiteral("artDate"), gtm.format(item->art.dateAddNSDate()));
+        r.insert(QStringLiteral("artDate"), gtm.format(item->addMs));
         m_archiveRecordByUUID.insert(item->art.uuid(), r);
         m_archivesArticlesDataArray.append(std::move(r));
     }
@@ -1050,36 +1195,36 @@ bool ORVSiteBuilder::writeArchive()
 
 void ORVSiteBuilder::writeSitemap()
 {
-    DateFormatter siteFormat(m_siteDateFormat);
-    DateFormatter gtm(kGTMPattern);
-    DateFormatter month(QStringLiteral("MMM"));
-    DateFormatter day(QStringLiteral("dd"));
+    const DateFormatter &siteFormat = m_formatters->site;
+    const DateFormatter &gtm = m_formatters->gtm;
+    const DateFormatter &month = m_formatters->month;
+    const DateFormatter &day = m_formatters->day;
     MGTemplateList pages;
     for (const Item *page : std::as_const(m_pages)) {
         if (page->art.docName().toLower() == QLatin1String("index"))
             continue;
-        const QDateTime date = page->art.dateArtNSDate();
+        const qint64 date = page->artMs;
         MGTemplateMap r;
         r.insert(QStringLiteral("title"), page->title);
         r.insert(QStringLiteral("url"), createPostURL(page->art, true));
         r.insert(QStringLiteral("date"), siteFormat.format(date));
         r.insert(QStringLiteral("dateMonth"), month.format(date));
         r.insert(QStringLiteral("dateDay"), day.format(date));
-        r.insert(QStringLiteral("dateGTM"), gtm.format(page->art.dateModifNSDate()));
-        r.insert(QStringLiteral("artDate"), gtm.format(page->art.dateAddNSDate()));
+        r.insert(QStringLiteral("dateGTM"), gtm.format(page->modifMs));
+        r.insert(QStringLiteral("artDate"), gtm.format(page->addMs));
         pages.append(r);
     }
     MGTemplateMap site = m_baseSite;
     site.insert(QStringLiteral("archives"), m_archivesArticlesDataArray);
     site.insert(QStringLiteral("pages"), pages);
-    site.insert(QStringLiteral("nowDateGTM"), gtm.format(QDateTime::currentDateTime()));
+    site.insert(QStringLiteral("nowDateGTM"), gtm.format(QDateTime::currentMSecsSinceEpoch()));
     expandAndWrite(m_templateSitemapString, QStringLiteral("sitemap.xml"), site, QStringLiteral("sitemap.xml"),
                    true);
 }
 
 void ORVSiteBuilder::createArtPageFile(const Item &item)
 {
-    if (m_isClearAndRebuildAll || item.art.dateModifNSDate() >= m_lastBuildDate)
+    if (m_isClearAndRebuildAll || item.modifMs >= m_lastBuildDate)
         setupPostMedia(item.art);
     MGTemplateMap site = m_baseSite;
     site.insert(QStringLiteral("post"), setupPostDictionary(item));
@@ -1099,7 +1244,7 @@ void ORVSiteBuilder::createArtPageFile(const Item &item)
     site.insert(QStringLiteral("pageTitle"), setupPageTitle(item.title));
     QString templateName;
     const QString tpl = postTemplateString(item, &templateName);
-    expandAndWrite(tpl, templateName, site, createPostURL(item.art, false));
+    enqueuePage(tpl, templateName, std::move(site), createPostURL(item.art, false));
 }
 
 void ORVSiteBuilder::createCategoriesHTML(const QList<const Item *> &posts, const ORVDBCat *cat,
@@ -1143,7 +1288,7 @@ void ORVSiteBuilder::createCategoryPage(const ORVDBCat *cat, const QList<const I
     site.insert(QStringLiteral("posts"), dicts);
     QString templateName;
     const QString tpl = categoryTemplateString(cat, &templateName);
-    expandAndWrite(tpl, templateName, site, pageName(pageIndex));
+    enqueuePage(tpl, templateName, std::move(site), pageName(pageIndex));
 }
 
 void ORVSiteBuilder::createTagsPages()
@@ -1193,6 +1338,10 @@ void ORVSiteBuilder::writePages(const QList<const Item *> &pages, bool isCopyMed
         return;
     // The home page falls back to the first list of posts, else the archive.
     for (const char *fallback : {"all.html", "archives.html"}) {
+        // A clearing build has deleted every earlier page by now, as far as
+        // this build can tell.
+        if (m_isClearAndRebuildAll && !m_writtenNames.contains(QString::fromLatin1(fallback)))
+            continue;
         QFile file(QDir(m_outputURL).filePath(QString::fromLatin1(fallback)));
         if (!file.open(QIODevice::ReadOnly))
             continue;

@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QSet>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -101,10 +102,16 @@ public:
 
 private:
     struct Item;
+    struct Formatters;
+    struct WorkerEngine;
+    struct PageJob;
 
     void setupBuildPath();
     void setupDefaultTemplateString();
-    void clearOutputFolder();
+    bool build(int type);
+    // Deletes the output's "asset" and "media" entries; with pagesToo, the
+    // HTML and XML entries this build didn't write instead.
+    void clearOutputFolder(bool pagesToo);
     void renderAll();
     void nameCategories();
     void makeArchiveRecords();
@@ -139,6 +146,12 @@ private:
     std::optional<QString> expand(const QString &templateString, const QString &templateName,
                                   const MGTemplateMap &vars, const QString &fileName);
     bool writeOutputFile(const QString &fileName, const QString &text);
+    void blameFirstError(const QString &templateString, const MGTemplateMap &vars);
+    // Post and category pages are expanded on worker threads, a batch at a
+    // time, and written in order up to the first page that failed.
+    void enqueuePage(const QString &templateString, const QString &templateName, MGTemplateMap vars,
+                     const QString &fileName);
+    void flushPages();
 
     void createArtPageFile(const Item &item);
     void createCategoriesHTML(const QList<const Item *> &posts, const ORVDBCat *cat, const MGTemplateMap *tree,
@@ -165,8 +178,11 @@ private:
     QList<ORVDBCat> m_allCategories; // below the site; docName set in memory by nameCategories
     QHash<qint64, qsizetype> m_categoryIndex;
     bool m_isClearAndRebuildAll = false;
-    QDateTime m_lastBuildDate;
+    qint64 m_lastBuildDate = 0; // milliseconds since 1970
     std::unique_ptr<MGTemplateEngine> m_engine;
+    std::vector<std::unique_ptr<WorkerEngine>> m_workers;
+    std::vector<PageJob> m_jobs;
+    std::unique_ptr<Formatters> m_formatters;
     UploadedImagesReader m_uploadedImagesReader;
 
     QString m_templateHeaderString, m_templateFooterString, m_templateCategoryString, m_templateTagsString,
@@ -194,6 +210,7 @@ private:
     QString m_chartScripts;
     bool m_chartScriptsRead = false;
 
+    QSet<QString> m_writtenNames; // pages and feeds written by this build
     QList<BuildError> m_errorArray;
     QString m_currentTemplateName;
     QString m_currentOutputName;

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <atomic>
 #include <cstdio>
 
 bool sitePathIsInside(const QString &folder, const QString &path)
@@ -13,15 +14,18 @@ bool sitePathIsInside(const QString &folder, const QString &path)
     return cleaned == base || cleaned.startsWith(base + QLatin1Char('/'));
 }
 
-bool writeFileIfChanged(const QString &path, const QByteArray &bytes)
+bool writeFileIfChanged(const QString &path, const QByteArray &bytes, bool mayExist)
 {
-    {
+    if (mayExist) {
         QFile existing(path);
         if (existing.size() == bytes.size() && existing.open(QIODevice::ReadOnly) && existing.readAll() == bytes)
             return true;
     }
     const QFileInfo fi(path);
-    const QString temporary = fi.absolutePath() + QStringLiteral("/.") + fi.fileName() + QStringLiteral(".orvo-new");
+    // Unique per write: pages are written from several threads at once.
+    static std::atomic<quint64> counter{0};
+    const QString temporary = fi.absolutePath() + QStringLiteral("/.") + fi.fileName() +
+                              QStringLiteral(".%1.orvo-new").arg(counter.fetch_add(1));
     QFile out(temporary);
     if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return false;

@@ -15,7 +15,9 @@ bool sitePathIsInside(const QString &folder, const QString &path);
 // update build then leaves equal files alone. Not synced to disk: a site
 // folder can always be built again, and syncing each of thousands of pages
 // would cost more than the build. False when it couldn't be written.
-bool writeFileIfChanged(const QString &path, const QByteArray &bytes);
+// `mayExist` false skips the comparison (a clearing build has just emptied
+// the folder).
+bool writeFileIfChanged(const QString &path, const QByteArray &bytes, bool mayExist = true);
 
 // Copies each entry of `from` (files, and folders with their content) into
 // `to` when no entry of that name is there yet; existing files are never
