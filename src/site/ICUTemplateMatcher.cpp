@@ -13,7 +13,14 @@ struct ICUTemplateMatcher::ParsedTemplate {
     QString text;
     // The first match at or after a location, scanning to the template's
     // end; a null entry records that there is none.
-    std::unordered_map<qsizetype, std::unique_ptr<MGTemplateMatch>> firstMatchFrom;
+    struct Kept {
+        std::unique_ptr<MGTemplateMatch> match; // null: none from this location
+        // The entry for the location behind `match`, once asked for: a run
+        // asks for it next, so most look-ups are this one step.
+        const Kept *next = nullptr;
+    };
+    std::unordered_map<qsizetype, Kept> firstMatchFrom; // nodes stay put, so `next` stays valid
+    const Kept *last = nullptr;                          // the entry returned last
 };
 
 namespace
@@ -283,11 +290,20 @@ const MGTemplateMatch *ICUTemplateMatcher::firstMarkerWithinRange(MGTemplateRang
         m_unkept = scan(range);
         return m_unkept.get();
     }
-    auto &memo = m_recent.front()->firstMatchFrom;
-    auto known = memo.find(range.location);
-    if (known == memo.end())
-        known = memo.emplace(range.location, scan(range)).first;
-    return known->second.get();
+    ParsedTemplate &parsed = *m_recent.front();
+    const ParsedTemplate::Kept *last = parsed.last;
+    const bool behindLast = last && last->match && last->match->range.end() == range.location;
+    if (behindLast && last->next) {
+        parsed.last = last->next;
+        return parsed.last->match.get();
+    }
+    auto known = parsed.firstMatchFrom.find(range.location);
+    if (known == parsed.firstMatchFrom.end())
+        known = parsed.firstMatchFrom.emplace(range.location, ParsedTemplate::Kept{scan(range)}).first;
+    if (behindLast)
+        const_cast<ParsedTemplate::Kept *>(last)->next = &known->second;
+    parsed.last = &known->second;
+    return known->second.match.get();
 }
 
 std::unique_ptr<MGTemplateMatch> ICUTemplateMatcher::scan(MGTemplateRange range) const

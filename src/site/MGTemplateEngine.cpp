@@ -3,6 +3,7 @@
 #include "site/MGTemplatePluginRegistry.h"
 #include "site/MGTemplateStandardFilters.h"
 #include "site/MGTemplateStandardMarkers.h"
+#include "site/templatetext.h"
 
 #include <QFile>
 #include <QStringDecoder>
@@ -256,7 +257,7 @@ MGTemplateMarker *MGTemplateEngine::handlerForMarker(const QString &name)
     const auto it = std::lower_bound(
         m_markersByName.begin(), m_markersByName.end(), name,
         [](const auto &entry, const QString &n) { return mgtemplatemap::compareKeys(entry.first, n) < 0; });
-    return it != m_markersByName.end() && it->first == name ? it->second : nullptr;
+    return it != m_markersByName.end() && mgtemplate::sameText(it->first, name) ? it->second : nullptr;
 }
 
 void MGTemplateEngine::loadFilter(const std::shared_ptr<MGTemplateFilter> &filter)
@@ -488,12 +489,12 @@ std::optional<QString> MGTemplateEngine::processTemplateWithVariables(const QStr
             output.append(text + _remainingRange.location, match.range.location - _remainingRange.location);
         _remainingRange = {match.range.end(), _templateLength - match.range.end()};
 
-        if (match.name == _literalStartMarker) {
+        if (mgtemplate::sameText(match.name, _literalStartMarker)) {
             if (!_literal || !outputEnabled())
                 _literal = true;
             else
                 output.append(text + match.range.location, match.range.length);
-        } else if (match.name == _literalEndMarker) {
+        } else if (mgtemplate::sameText(match.name, _literalEndMarker)) {
             _literal = false;
         } else if (_literal && outputEnabled()) {
             output.append(text + match.range.location, match.range.length);

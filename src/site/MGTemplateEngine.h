@@ -34,6 +34,20 @@ class MGTemplatePluginRegistry;
 // Errors are reported to the delegate and never thrown; most let the run go
 // on (see MGTemplateError.h).
 //
+// Typical use, one engine for a whole build:
+//
+//   auto engine = MGTemplateEngine::templateEngine();
+//   engine->setMatcher(std::make_unique<ICUTemplateMatcher>(engine.get()));
+//   engine->setDelegate(&builder);      // collects errors; any error fails the build
+//   for (each output file)
+//       std::optional<QString> html = engine->processTemplateWithVariables(text, variables);
+//
+// Keep the engine (and so its matcher) for every page: the matcher keeps the
+// parsed form of the last few templates, so a template met again isn't
+// parsed again. Variables are MGTemplateValue maps; build a shared list
+// (recent posts, the category tree) once and put the same value into each
+// page's variables, since copies share their data.
+//
 // Threading: an engine is used from one thread at a time, and a run is not
 // re-entrant (a handler must not start another run of the same engine). Any
 // number of runs may follow each other; globals and loaded plug-ins stay from

@@ -89,20 +89,20 @@ MGTemplateValue MGTemplateStandardFilters::filterInvokedWithArgumentsOnValue(con
                                                                              const QStringList &arguments,
                                                                              const MGTemplateValue &value)
 {
-    if (filter == u"uppercase")
+    if (mgtemplate::sameText(filter, u"uppercase"))
         return value.toText().toUpper();
-    if (filter == u"lowercase")
+    if (mgtemplate::sameText(filter, u"lowercase"))
         return value.toText().toLower();
-    if (filter == u"capitalized")
+    if (mgtemplate::sameText(filter, u"capitalized"))
         return capitalizedText(value.toText());
-    if (filter == u"date_format") {
+    if (mgtemplate::sameText(filter, u"date_format")) {
         const std::optional<MGTemplateValue::Date> date = value.date();
         if (arguments.size() != 1 || !date)
             return value;
         std::optional<QString> text = formattedDate(arguments.first(), *date);
         return text ? MGTemplateValue(std::move(*text)) : value;
     }
-    if (filter == u"color_format") {
+    if (mgtemplate::sameText(filter, u"color_format")) {
         const std::optional<MGTemplateValue::Colour> colour = value.colour();
         if (arguments.size() != 1 || arguments.first().compare(u"hex", Qt::CaseInsensitive) != 0 || !colour)
             return value;

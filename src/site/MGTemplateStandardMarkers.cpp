@@ -9,6 +9,8 @@
 namespace
 {
 
+using mgtemplate::sameText;
+
 enum class Marker {
     Unknown,
     For,
@@ -32,26 +34,28 @@ Marker markerKind(QStringView name)
 {
     switch (name.size()) {
     case 2:
-        return name == u"if" ? Marker::If : Marker::Unknown;
+        return sameText(name, u"if") ? Marker::If : Marker::Unknown;
     case 3:
-        return name == u"for"   ? Marker::For
-               : name == u"/if" ? Marker::EndIf
-               : name == u"now" ? Marker::Now
-               : name == u"set" ? Marker::Set
-                                : Marker::Unknown;
+        return sameText(name, u"for")   ? Marker::For
+               : sameText(name, u"/if") ? Marker::EndIf
+               : sameText(name, u"now") ? Marker::Now
+               : sameText(name, u"set") ? Marker::Set
+                                        : Marker::Unknown;
     case 4:
-        return name == u"/for"   ? Marker::EndFor
-               : name == u"else" ? Marker::Else
-               : name == u"load" ? Marker::Load
-                                 : Marker::Unknown;
+        return sameText(name, u"/for")   ? Marker::EndFor
+               : sameText(name, u"else") ? Marker::Else
+               : sameText(name, u"load") ? Marker::Load
+                                         : Marker::Unknown;
     case 5:
-        return name == u"cycle" ? Marker::Cycle : Marker::Unknown;
+        return sameText(name, u"cycle") ? Marker::Cycle : Marker::Unknown;
     case 7:
-        return name == u"section" ? Marker::Section : name == u"comment" ? Marker::Comment : Marker::Unknown;
+        return sameText(name, u"section")   ? Marker::Section
+               : sameText(name, u"comment") ? Marker::Comment
+                                            : Marker::Unknown;
     case 8:
-        return name == u"/section"   ? Marker::EndSection
-               : name == u"/comment" ? Marker::EndComment
-                                     : Marker::Unknown;
+        return sameText(name, u"/section")   ? Marker::EndSection
+               : sameText(name, u"/comment") ? Marker::EndComment
+                                             : Marker::Unknown;
     }
     return Marker::Unknown;
 }
@@ -253,8 +257,8 @@ MGTemplateValue MGTemplateStandardMarkers::forStarted(MGTemplateMarkerCall &call
     ForFrame frame;
     frame.markerRange = call.range;
     frame.remainingRange = call.nextRange;
-    frame.reversed = args.size() == 4 && args.at(3) == u"reversed";
-    frame.iterating = args.at(1) == u"in";
+    frame.reversed = args.size() == 4 && sameText(args.at(3), u"reversed");
+    frame.iterating = sameText(args.at(1), u"in");
     bool valid = false;
     if (frame.iterating) {
         frame.collection = m_engine->resolveVariable(args.at(2));

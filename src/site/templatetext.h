@@ -29,6 +29,21 @@ inline bool isLineTerminator(char16_t c)
     return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
 
+// Equality of two texts, inline: every marker and expression of a run is
+// compared with a few names, which mostly differ in length.
+inline bool sameText(QStringView a, QStringView b)
+{
+    if (a.size() != b.size())
+        return false;
+    const char16_t *x = a.utf16();
+    const char16_t *y = b.utf16();
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (x[i] != y[i])
+            return false;
+    }
+    return true;
+}
+
 // The integer at the start of a text: leading white space, an optional sign,
 // then decimal digits; 0 when there are none. Saturates at the limits of a
 // 64-bit integer instead of overflowing. "12abc" reads 12, "3.7" reads 3.
