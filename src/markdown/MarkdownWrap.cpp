@@ -43,10 +43,13 @@ QString fromBuffer(const hoedown_buffer *buf)
 {
     if (!buf->size)
         return QString();
-    // Read as a NUL-terminated string: a NUL in the text ends the result.
-    const void *nul = memchr(buf->data, 0, buf->size);
-    const size_t n = nul ? size_t(static_cast<const uint8_t *>(nul) - buf->data) : buf->size;
-    return QString::fromUtf8(reinterpret_cast<const char *>(buf->data), qsizetype(n));
+    QString html = QString::fromUtf8(reinterpret_cast<const char *>(buf->data), qsizetype(buf->size));
+    // A NUL byte in the text would end the fragment wherever it is read as a
+    // C string (web views, exporters), silently dropping the rest of the
+    // document: it is shown as the replacement character instead.
+    if (memchr(buf->data, 0, buf->size))
+        html.replace(QChar(0), QChar(QChar::ReplacementCharacter));
+    return html;
 }
 
 // Whether the bytes hold "[TOC]" in any case, which every splice needs.

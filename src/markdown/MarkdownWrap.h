@@ -15,8 +15,8 @@
 // business.
 //
 // Text goes in as a QString and is rendered as UTF-8; the result is read back
-// as a NUL-terminated UTF-8 string, so a NUL byte in the text cuts the
-// fragment there.
+// from UTF-8, with any NUL character shown as U+FFFD so that no reader of the
+// fragment stops short at it.
 //
 // Preferences: every form reads MyPreferences::sharedInstance() at the start
 // of the render: isDisableAutolink, isEnableImgTagToFigureTag and

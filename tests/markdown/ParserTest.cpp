@@ -272,6 +272,10 @@ TEST(Document, DeepNestingIsBoundedAndLosesNoText)
     lists += std::string(2400, ' ') + "- deepest item\n";
     EXPECT_NE(html(lists, 0x237F, SIZE_MAX).find("deepest item"), std::string::npos);
 
+    // Markers stacked on one line, bare and inside quotes.
+    EXPECT_NE(html(repeat("- ", 10000) + "last words\n", 0x237F, SIZE_MAX).find("last words"), std::string::npos);
+    EXPECT_NE(html(repeat("> 1. ", 10000) + "last words\n", 0x237F, SIZE_MAX).find("last words"), std::string::npos);
+
     std::string stairs;
     for (size_t depth = 0; depth < 10000; ++depth)
         stairs += std::string(depth % 64, ' ') + "- step\n";
