@@ -192,7 +192,10 @@ void MyPreferences::openStore()
         setFirstVersionInstalled(version);
         loadDefaultPreferences();
     }
-    setLastVersionInstalled(version);
+    // Written only when it changes: every start (each command of the
+    // command line) would otherwise rewrite and sync the settings file.
+    if (lastVersionInstalled() != version)
+        setLastVersionInstalled(version);
     setupDataWhenFailInit();
 }
 

@@ -7,7 +7,7 @@ FMResultSet::FMResultSet(std::shared_ptr<orvo::sqlite::Statement> statement) : m
 FMResultSet::~FMResultSet() { close(); }
 
 FMResultSet::FMResultSet(FMResultSet &&other) noexcept
-    : m_statement(std::move(other.m_statement)), m_columnIndex(std::move(other.m_columnIndex))
+    : m_statement(std::move(other.m_statement)), m_columnNames(std::move(other.m_columnNames))
 {
 }
 
@@ -16,7 +16,7 @@ FMResultSet &FMResultSet::operator=(FMResultSet &&other) noexcept
     if (this != &other) {
         close();
         m_statement = std::move(other.m_statement);
-        m_columnIndex = std::move(other.m_columnIndex);
+        m_columnNames = std::move(other.m_columnNames);
     }
     return *this;
 }
@@ -51,12 +51,21 @@ int FMResultSet::columnIndexForName(const QString &name) const
     sqlite3_stmt *s = stmt();
     if (!s)
         return -1;
-    if (m_columnIndex.isEmpty()) {
+    if (m_columnNames.isEmpty()) {
         const int n = sqlite3_column_count(s);
+        m_columnNames.reserve(n);
         for (int i = 0; i < n; ++i)
-            m_columnIndex.insert(QString::fromUtf8(sqlite3_column_name(s, i)).toLower(), i);
+            m_columnNames << QString::fromUtf8(sqlite3_column_name(s, i));
     }
-    return m_columnIndex.value(name.toLower(), -1);
+    // A row has a few dozen columns at most: comparing names beats hashing
+    // them, and rows are read by name thousands of times per list.
+    for (qsizetype i = 0; i < m_columnNames.size(); ++i)
+        if (m_columnNames.at(i) == name)
+            return int(i);
+    for (qsizetype i = 0; i < m_columnNames.size(); ++i)
+        if (m_columnNames.at(i).compare(name, Qt::CaseInsensitive) == 0)
+            return int(i);
+    return -1;
 }
 
 QString FMResultSet::columnNameForIndex(int index) const

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QHash>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 #include <QVariantMap>
 
@@ -71,5 +71,5 @@ private:
     sqlite3_stmt *stmt() const;
 
     std::shared_ptr<orvo::sqlite::Statement> m_statement;
-    mutable QHash<QString, int> m_columnIndex; // lower-case name to index, made on first look-up
+    mutable QStringList m_columnNames; // by index, made on first look-up by name
 };

@@ -6,10 +6,15 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-QDateTime orvoDateFromStoredSeconds(qint64 seconds)
+qint64 orvoSecondsFromStoredSeconds(qint64 seconds)
 {
     // Values this small were never real dates (unset fields read as 0).
-    return seconds < 1001 ? QDateTime::currentDateTime() : QDateTime::fromSecsSinceEpoch(seconds);
+    return seconds < 1001 ? QDateTime::currentSecsSinceEpoch() : seconds;
+}
+
+QDateTime orvoDateFromStoredSeconds(qint64 seconds)
+{
+    return QDateTime::fromSecsSinceEpoch(orvoSecondsFromStoredSeconds(seconds));
 }
 
 ORVDBArticle ORVDBArticle::fromResultSet(const FMResultSet &rs)

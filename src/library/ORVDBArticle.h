@@ -52,3 +52,6 @@ public:
 
 // The present moment for a stored date below 1001, the stored seconds otherwise.
 QDateTime orvoDateFromStoredSeconds(qint64 seconds);
+// The same as seconds since 1970, without making a local time (which reads
+// the time zone each time: too slow for a list of thousands of rows).
+qint64 orvoSecondsFromStoredSeconds(qint64 seconds);

@@ -69,6 +69,34 @@ R ORVDBManager::withDB(FMDatabase *given, R fallback, Body &&body)
     return result;
 }
 
+bool ORVDBManager::withSharedDatabaseOpen(const std::function<void(FMDatabase &db)> &body)
+{
+    return withDB(nullptr, false, [&](FMDatabase &db) {
+        body(db);
+        return true;
+    });
+}
+
+bool ORVDBManager::performInTransaction(const std::function<void(FMDatabase &db)> &body)
+{
+    return withDB(nullptr, false, [&](FMDatabase &db) {
+        if (m_transactionDepth > 0) {
+            body(db);
+            return true;
+        }
+        if (!db.executeUpdate(QStringLiteral("BEGIN")))
+            return false;
+        ++m_transactionDepth;
+        body(db);
+        --m_transactionDepth;
+        if (db.executeUpdate(QStringLiteral("COMMIT")))
+            return true;
+        qCWarning(lcLibraryStore, "commit failed: %s", qPrintable(db.lastErrorMessage()));
+        db.executeUpdate(QStringLiteral("ROLLBACK"));
+        return false;
+    });
+}
+
 // ---- flags
 
 bool ORVDBManager::isRefetchUUIDCatsMap() const
@@ -687,6 +715,31 @@ bool ORVDBManager::insertItemDBArticleWithDB(const ORVDBArticle &art, FMDatabase
     return withDB(given, false, [&](FMDatabase &db) {
         return db.executeUpdateWithParameterDictionary(kInsertArticle, art.parameterDictionary());
     });
+}
+
+bool ORVDBManager::insertItemDBArticleWithCatIIDS(const ORVDBArticle &art, const QList<qint64> &catIIDS)
+{
+    QList<qint64> unique;
+    for (qint64 id : catIIDS)
+        if (!unique.contains(id))
+            unique << id;
+    const bool ok = withDB(nullptr, false, [&](FMDatabase &db) {
+        if (!db.executeUpdateWithParameterDictionary(kInsertArticle, art.parameterDictionary()))
+            return false;
+        bool all = true;
+        for (qint64 id : std::as_const(unique))
+            all = db.executeUpdate(QStringLiteral("INSERT INTO cat_article (aid, rid) VALUES (?, ?)"), {art.uuid(), id}) &&
+                  all;
+        return all;
+    });
+    if (!unique.isEmpty()) {
+        {
+            std::lock_guard g(m_cacheLock);
+            m_isRefetchArticleCatsMap = true;
+        }
+        postArticleCategoryDidChange();
+    }
+    return ok;
 }
 
 bool ORVDBManager::saveItemDBArticle(const ORVDBArticle &art)

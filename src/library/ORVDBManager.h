@@ -11,6 +11,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -56,6 +57,19 @@ public:
 
     // The schema, run as one script inside BEGIN and COMMIT on a new file.
     static QString schemaStatement();
+
+    // Keeps the shared handle open while `body` runs, so that the plain
+    // operations it calls share that one connection instead of each opening
+    // the file. False (and body not run) when the database cannot be opened.
+    // Main thread, like the plain operations.
+    bool withSharedDatabaseOpen(const std::function<void(FMDatabase &db)> &body);
+    // The same inside one transaction, for batches of writes (an import of
+    // thousands of documents): one disk sync for the batch instead of one
+    // per statement. What body's statements did is committed whether or not
+    // some of them failed, so that a batch keeps what succeeded; false when
+    // the transaction could not be begun or committed (it is then rolled
+    // back). Nested calls join the outer transaction.
+    bool performInTransaction(const std::function<void(FMDatabase &db)> &body);
 
     // Refetch flags: set by writes, cleared when the cache is rebuilt.
     bool isRefetchUUIDCatsMap() const;
@@ -139,6 +153,12 @@ public:
     // ---- Documents: writing
     bool insertItemDBArticle(const ORVDBArticle &art);
     bool insertItemDBArticleWithDB(const ORVDBArticle &art, FMDatabase *db);
+    // A new document's row and its categories in one go: a document that
+    // was never stored has no links to compare with, so none are read (on
+    // an import of thousands, reading them would scan `cat_article` once per
+    // document). Posts kORVLibraryArticleCategoryDidChangeNotification when
+    // it has categories. False when the row or a link could not be written.
+    bool insertItemDBArticleWithCatIIDS(const ORVDBArticle &art, const QList<qint64> &catIIDS);
     bool saveItemDBArticle(const ORVDBArticle &art);
     // Posts kORVLibraryArticleCategoryDidChangeNotification on success.
     bool updateDBArticleWithState(const ORVDBArticle &art, int state);
@@ -224,6 +244,7 @@ private:
     QString m_dbPath;
     FMDatabase m_db;
     int m_openDepth = 0; // nesting of plain operations on the shared handle
+    int m_transactionDepth = 0;
 
     mutable std::recursive_mutex m_cacheLock;
     bool m_isRefetchUUIDCatsMap = true;

@@ -4,6 +4,7 @@
 #include "core/date_uuid.h"
 #include "library/FMDatabaseQueue.h"
 #include "library/ORVDBManager.h"
+#include "library/folder_entries.h"
 #include "platform/ORVSystemTrash.h"
 
 #include <QDateTime>
@@ -79,7 +80,12 @@ QString ORVLibraryFolder::databasePath(const QString &libraryPath)
 
 QString ORVLibraryFolder::documentPath(const QString &libraryPath, qint64 uuid)
 {
-    return QDir(libraryPath).filePath(QStringLiteral("docs/%1.md").arg(uuid));
+    // Plain concatenation: lists and searches make this path for every
+    // document of a library.
+    QString path = libraryPath;
+    if (!path.endsWith(QLatin1Char('/')))
+        path += QLatin1Char('/');
+    return path + QLatin1String("docs/") + QString::number(uuid) + QLatin1String(".md");
 }
 
 bool ORVLibraryFolder::checkIsLibraryWithURL(const QString &libraryPath)
@@ -210,10 +216,11 @@ int ORVLibraryFolder::registerStrayDocuments(ORVDBManager &manager, const QStrin
     if (!docs.exists())
         return 0;
     QList<qint64> stems;
-    for (const QFileInfo &fi : docs.entryInfoList(QDir::Files | QDir::NoDotAndDotDot)) {
-        if (fi.suffix() != QLatin1String("md"))
+    // The pass runs before lists are shown: one readdir, no stat per file.
+    for (const ORVFolderFileEntry &entry : orvoListFolderFiles(docs.path())) {
+        if (!entry.name.endsWith(QLatin1String(".md")))
             continue;
-        const QString stem = fi.completeBaseName();
+        const QString stem = entry.name.chopped(3);
         bool ok = false;
         const qint64 uuid = stem.toLongLong(&ok);
         // Digits only: "12 copy.md" or "+1e5.md" are not document files.

@@ -17,6 +17,12 @@ QString documentTitleRemoveMark(const QString &text);
 // end, `maxLine` lines, or the text is longer than `length` characters.
 // "" for a missing file.
 QString readFileContentWithPathMaxLineLenth(const QString &path, int maxLine = 14, int length = 250);
+// The same over a file's bytes already in memory (a search reads each file
+// whole once and takes the title from the same bytes).
+QString readFileContentWithBytesMaxLineLenth(const QByteArray &bytes, int maxLine = 14, int length = 250);
+// The same over a whole file already decoded from plain UTF-8 (no byte
+// order mark), where every line decodes: the lines are taken from the text.
+QString readFileContentWithTextMaxLineLenth(const QString &text, int maxLine = 14, int length = 250);
 
 struct ORVDocumentTitleAndSummary {
     QString title;
