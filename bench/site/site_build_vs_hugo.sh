@@ -108,15 +108,18 @@ measure() { # label, a preparing function (not timed), then the command; prints 
 
 nothing() { :; }
 clear_hugo_output() { rm -rf "$work/hugo-out"; }
+clear_orvo_output() { rm -rf "$work/out"; }
 
 "${orvo[@]}" site build "$site" --clear --output "$work/out" >/dev/null # makes the folders
 echo "site build, tldr (7,425 pages), best of $runs:"
+measure "orvo first build, empty folder" clear_orvo_output "${orvo[@]}" site build "$site" --output "$work/out"
 measure "orvo clearing build" nothing "${orvo[@]}" site build "$site" --clear --output "$work/out"
 measure "orvo update build, nothing changed" nothing "${orvo[@]}" site build "$site" --output "$work/out"
 measure "hugo build" clear_hugo_output hugo --quiet -s "$hs" -d "$work/hugo-out"
 measure "hugo build again, nothing changed" nothing hugo --quiet -s "$hs" -d "$work/hugo-out"
-awk -v c="$orvo_clearing_build" -v u="$orvo_update_build__nothing_changed" -v h="$hugo_build" \
+awk -v f="$orvo_first_build__empty_folder" -v c="$orvo_clearing_build" -v u="$orvo_update_build__nothing_changed" -v h="$hugo_build" \
     -v h2="$hugo_build_again__nothing_changed" 'BEGIN {
+  printf "first build / hugo build: %.2f\n", f / h
   printf "clearing build / hugo build: %.2f (target <= 0.50)\n", c / h
   printf "update build / hugo build again: %.2f (target <= 0.25)\n", u / h2 }'
 echo "pages: orvo $(find "$work/out/tldr" -name '*.html' | wc -l) html, hugo $(find "$work/hugo-out" -name '*.html' | wc -l) html"

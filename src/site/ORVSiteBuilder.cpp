@@ -201,7 +201,6 @@ struct ORVSiteBuilder::Item {
     // build's start.
     qint64 artMs = 0, addMs = 0, modifMs = 0;
     bool hasFile = false;
-    QString source; // the whole document; dropped once rendered
     QString html;
     QString textOnly; // the whole HTML without tags, cut
     ORVMarkdownToHTMLInfo info;
@@ -404,70 +403,61 @@ void ORVSiteBuilder::setupDefaultTemplateString()
     m_composedCache.clear();
 }
 
-QString ORVSiteBuilder::postTemplateString(const Item &item, QString *templateName)
+QString ORVSiteBuilder::composedTemplate(const QStringList &overrides, const QString &defaultName,
+                                        const QString &defaultBody, bool withSidebar, QString *templateName)
 {
-    for (const qint64 uuid : item.catUUIDs) {
-        const auto it = m_categoryIndex.constFind(uuid);
-        QString docName;
-        if (it != m_categoryIndex.cend())
-            docName = m_allCategories[*it].docName();
-        else if (uuid == m_dbCat.uuid())
-            docName = m_dbCat.docName();
-        if (docName.isEmpty())
-            continue;
-        const QString name = QStringLiteral("post-%1.html").arg(docName);
-        const QString key = QStringLiteral("p:") + name;
-        auto cached = m_composedCache.constFind(key);
+    // Each theme file is read and joined with the header and footer once a
+    // build; "" stands for a missing or empty override.
+    for (const QString &name : overrides) {
+        auto cached = m_composedCache.constFind(name);
         if (cached == m_composedCache.cend()) {
             const QString body = m_theme.readSkinContentByFileName(name);
-            cached = m_composedCache.insert(key, body.isEmpty() ? QString() : composed(body, true));
+            cached = m_composedCache.insert(name, body.isEmpty() ? QString() : composed(body, withSidebar));
         }
         if (!cached->isEmpty()) {
             *templateName = name;
             return *cached;
         }
     }
-    *templateName = QStringLiteral("post.html");
-    auto cached = m_composedCache.constFind(QStringLiteral("post"));
+    *templateName = defaultName;
+    const QString key = QStringLiteral("default:") + defaultName;
+    auto cached = m_composedCache.constFind(key);
     if (cached == m_composedCache.cend())
-        cached = m_composedCache.insert(QStringLiteral("post"), composed(m_templatePostString, true));
+        cached = m_composedCache.insert(key, composed(defaultBody, withSidebar));
     return *cached;
+}
+
+QString ORVSiteBuilder::postTemplateString(const Item &item, QString *templateName)
+{
+    // The post's categories in order; the first with a docName and a
+    // non-empty "post-<docName>.html" decides.
+    QStringList overrides;
+    for (const qint64 uuid : item.catUUIDs) {
+        const auto it = m_categoryIndex.constFind(uuid);
+        const QString docName = it != m_categoryIndex.cend() ? m_allCategories[*it].docName()
+                                : uuid == m_dbCat.uuid()     ? m_dbCat.docName()
+                                                             : QString();
+        if (!docName.isEmpty())
+            overrides.append(QStringLiteral("post-%1.html").arg(docName));
+    }
+    return composedTemplate(overrides, QStringLiteral("post.html"), m_templatePostString, true, templateName);
 }
 
 QString ORVSiteBuilder::categoryTemplateString(const ORVDBCat *cat, QString *templateName)
 {
-    if (cat && !cat->docName().isEmpty()) {
-        const QString name = QStringLiteral("category-%1.html").arg(cat->docName());
-        const QString key = QStringLiteral("c:") + name;
-        auto cached = m_composedCache.constFind(key);
-        if (cached == m_composedCache.cend()) {
-            const QString body = m_theme.readSkinContentByFileName(name);
-            cached = m_composedCache.insert(key, body.isEmpty() ? QString() : composed(body, true));
-        }
-        if (!cached->isEmpty()) {
-            *templateName = name;
-            return *cached;
-        }
-    }
-    *templateName = QStringLiteral("category.html");
-    auto cached = m_composedCache.constFind(QStringLiteral("category"));
-    if (cached == m_composedCache.cend())
-        cached = m_composedCache.insert(QStringLiteral("category"), composed(m_templateCategoryString, true));
-    return *cached;
+    QStringList overrides;
+    if (cat && !cat->docName().isEmpty())
+        overrides.append(QStringLiteral("category-%1.html").arg(cat->docName()));
+    return composedTemplate(overrides, QStringLiteral("category.html"), m_templateCategoryString, true,
+                            templateName);
 }
 
 QString ORVSiteBuilder::pageTemplateString(const Item &item, QString *templateName)
 {
-    if (!item.art.docName().isEmpty()) {
-        const QString name = QStringLiteral("page-%1.html").arg(item.art.docName());
-        const QString body = m_theme.readSkinContentByFileName(name);
-        if (!body.isEmpty()) {
-            *templateName = name;
-            return composed(body, false);
-        }
-    }
-    *templateName = QStringLiteral("page.html");
-    return composed(m_templatePageString, false);
+    QStringList overrides;
+    if (!item.art.docName().isEmpty())
+        overrides.append(QStringLiteral("page-%1.html").arg(item.art.docName()));
+    return composedTemplate(overrides, QStringLiteral("page.html"), m_templatePageString, false, templateName);
 }
 
 // ---- Expanding and writing

@@ -138,6 +138,9 @@ private:
     QString categoryTemplateString(const ORVDBCat *cat, QString *templateName);
     QString pageTemplateString(const Item &item, QString *templateName);
     QString composed(const QString &body, bool withSidebar) const;
+    // The first non-empty override file composed, else the default body.
+    QString composedTemplate(const QStringList &overrides, const QString &defaultName, const QString &defaultBody,
+                             bool withSidebar, QString *templateName);
 
     // Expands and, when no error was ever reported in this build, writes.
     // False when this expansion reported an error.
