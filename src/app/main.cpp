@@ -1,3 +1,4 @@
+#include "app/ORVEditorWindow.h"
 #include "app/ORVMainWindow.h"
 #include "core/AppDelegate.h"
 #include "core/ORVAppPaths.h"
@@ -26,6 +27,25 @@ int main(int argc, char **argv)
             delegate->applicationDidResignActive();
     });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, delegate, [delegate] { delegate->applicationWillTerminate({}); });
+
+    // Files named on the command line open in editor windows of their own.
+    QStringList files;
+    for (int i = 1; i < args.size(); ++i) {
+        if (args.at(i) == QLatin1String("--library")) {
+            ++i;
+            continue;
+        }
+        if (QFileInfo(args.at(i)).isFile())
+            files << args.at(i);
+    }
+    if (!files.isEmpty()) {
+        for (const QString &f : files) {
+            auto *editor = new ORVEditorWindow(delegate, f);
+            editor->setAttribute(Qt::WA_DeleteOnClose);
+            editor->show();
+        }
+        return app.exec();
+    }
 
     ORVMainWindow window(delegate, library);
     window.show();
