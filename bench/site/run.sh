@@ -9,3 +9,5 @@ if command -v taskset >/dev/null; then
 fi
 "${pin[@]}" "$bin" --benchmark_min_time=2 --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
   --benchmark_counters_tabular=true
+# The whole site build beside Hugo.
+"$(dirname "$0")/site_build_vs_hugo.sh"
