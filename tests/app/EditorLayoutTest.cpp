@@ -80,7 +80,7 @@ TEST(EditorLayoutTest, EditorWindowSharesItsWidthBetweenTextAndPreview)
     ORVEditorWindow window(AppDelegate::sharedDelegate(), path);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    ASSERT_TRUE(waitFor([&] { return window.previewView()->isIdle(); }));
+    ASSERT_TRUE(waitFor([&] { return !window.textView()->highlighter()->docOutline().isEmpty(); }));
     const int text = window.textView()->parentWidget()->width();
     const int preview = window.previewView()->width();
     EXPECT_GT(preview, window.width() / 3);
