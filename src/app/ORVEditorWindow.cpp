@@ -18,6 +18,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QResizeEvent>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QVBoxLayout>
@@ -239,6 +240,20 @@ void ORVEditorWindow::buildMenus()
     showPreview->setChecked(true);
     showPreview->setShortcut(QKeySequence(tr("Ctrl+Alt+P")));
     connect(showPreview, &QAction::toggled, m_preview, &QWidget::setVisible);
+}
+
+void ORVEditorWindow::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    // The splitter shares its first width in proportion to the panes' size
+    // hints, and the web view hints no size at all, which left the preview a
+    // sliver. The first time the splitter has a real width the panes share
+    // it evenly; the user's own division is kept after that.
+    if (m_splitSet || m_splitter->width() < 100)
+        return;
+    const int total = m_splitter->width() - m_splitter->handleWidth();
+    m_splitter->setSizes({total / 2, total - total / 2});
+    m_splitSet = true;
 }
 
 void ORVEditorWindow::closeEvent(QCloseEvent *event)

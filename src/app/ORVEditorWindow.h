@@ -40,6 +40,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void buildMenus();
@@ -57,4 +58,5 @@ private:
     QLabel *m_counts;
     QSplitter *m_splitter;
     QTimer m_scrollSyncTimer;
+    bool m_splitSet = false; // the panes got their first, even division
 };

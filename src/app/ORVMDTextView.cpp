@@ -269,6 +269,11 @@ void ORVMDTextView::bindDocument(ORVDocument *doc)
     m_applyingStorageChange = true;
     setPlainText(text);
     m_applyingStorageChange = false;
+    // A text set while the view is hidden meets a viewport of no height (the
+    // top inset takes all of it): keeping the caret in view there scrolls past
+    // the first lines, and nothing scrolls back once the view gets its size.
+    // A newly bound text starts at its top; a saved place is restored after.
+    verticalScrollBar()->setValue(0);
     document()->clearUndoRedoStacks();
     connect(doc->textStorage(), &ORVTextStorage::didProcessEditing, this, &ORVMDTextView::storageDidProcessEditing);
     connect(doc, &ORVDocument::highlightAllDocumentWindowControllers, this, [this] { m_highlighter->parseAndHighlightNow(); });
