@@ -198,8 +198,8 @@ TEST_F(SiteBuild, PagesIndexFallbacksAndTemplateOverrides)
 
     // With posts and a page named index, that page is the home page and
     // has the archive.
-    const qint64 special = lib.addCategory(QStringLiteral("Special"), site, QStringLiteral("special"));
-    const qint64 post = lib.addPost(QStringLiteral("# Special post\n"), {special});
+    const qint64 journal = lib.addCategory(QStringLiteral("Journal"), site, QStringLiteral("journal"));
+    const qint64 post = lib.addPost(QStringLiteral("# Journal post\n"), {journal});
     SiteLibrary::Doc home;
     home.text = QStringLiteral("# Home\n");
     home.cats = {site};
@@ -212,9 +212,9 @@ TEST_F(SiteBuild, PagesIndexFallbacksAndTemplateOverrides)
     EXPECT_EQ(words(line(index, QStringLiteral("POSTS"))), QStringList{QStringLiteral("%1.html").arg(post)});
     // Overrides by docName, with one level of includes.
     const QString postPage = lib.read(QStringLiteral("%1.html").arg(post));
-    EXPECT_TRUE(postPage.contains(QStringLiteral("POSTB=Special post")));
+    EXPECT_TRUE(postPage.contains(QStringLiteral("POSTB=Journal post")));
     EXPECT_TRUE(postPage.contains(QStringLiteral("PARTIAL <!-- include(missing.html) --> <!-- include(footer.html) -->")));
-    EXPECT_TRUE(lib.read(QStringLiteral("special.html")).contains(QStringLiteral("CATEGORYB=Special")));
+    EXPECT_TRUE(lib.read(QStringLiteral("journal.html")).contains(QStringLiteral("CATEGORYB=Journal")));
     // The page is in the sitemap only when the site has a URL; the home isn't.
     EXPECT_FALSE(lib.has(QStringLiteral("sitemap.xml")));
     EXPECT_FALSE(lib.has(QStringLiteral("atom.xml")));
@@ -225,7 +225,7 @@ TEST_F(SiteBuild, PagesIndexFallbacksAndTemplateOverrides)
     EXPECT_TRUE(sitemap.contains(QStringLiteral("<p>about.html</p>")));
     EXPECT_FALSE(sitemap.contains(QStringLiteral("index.html")));
     EXPECT_TRUE(wellFormedXML(lib.read(QStringLiteral("atom.xml"))));
-    EXPECT_EQ(lib.read(QStringLiteral("special-atom.xml")).count(QStringLiteral("<e>")), 1);
+    EXPECT_EQ(lib.read(QStringLiteral("journal-atom.xml")).count(QStringLiteral("<e>")), 1);
     EXPECT_EQ(line(lib.read(QStringLiteral("archives.html")), QStringLiteral("SITE")).section(QLatin1Char('|'), 1, 2),
               QStringLiteral("https://example.org/|example.org"));
 }
